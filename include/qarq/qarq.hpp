@@ -1,0 +1,8 @@
+// Umbrella header of the qarq library.
+#pragma once
+
+#include "qarq/version.hpp"
+#include "qarq/base/Version.hpp"
+#include "qarq/base/Os.hpp"
+#include "qarq/ras/MessageCatalogue.hpp"
+#include "qarq/ras/qarzras.hpp"
