@@ -32,7 +32,7 @@ struct Expect {
 };
 
 const Expect kTables[] = {
-    {"37", "CP037", 1, true},     {"273", "CP273", 1, true},    {"277", "IBM277", 1, true},
+    {"37", "CP037", 1, true},     {"273", "CP273", 1, true},    {"277", "EBCDIC-CP-DK", 1, true},
     {"278", "CP278", 1, true},    {"280", "CP280", 1, true},    {"284", "CP284", 1, true},
     {"285", "CP285", 1, true},    {"297", "CP297", 1, true},    {"500", "CP500", 1, true},
     {"871", "CP871", 1, true},    {"1047", "CP1047", 1, true},  {"1140", "CP1140", 1, true},

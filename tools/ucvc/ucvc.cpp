@@ -38,7 +38,7 @@ struct CodePage {
 const CodePage kCodePages[] = {
     {"37", "CP037", kEbcdicSingle},
     {"273", "CP273", kEbcdicSingle},
-    {"277", "IBM277", kEbcdicSingle},
+    {"277", "EBCDIC-CP-DK", kEbcdicSingle},
     {"278", "CP278", kEbcdicSingle},
     {"280", "CP280", kEbcdicSingle},
     {"284", "CP284", kEbcdicSingle},
@@ -90,22 +90,16 @@ const CodePage kCodePages[] = {
 // Alternative spellings of the machine's code-page name, in the upper-case,
 // filtered form that the name lookup compares with.
 const char* const kAliases[][2] = {
-    {"65001", "UTF8"},       {"CP65001", "UTF8"}, {"UTF8", "UTF8"},        {"037", "37"},
-    {"CP037", "37"},         {"CP37", "37"},      {"EBCDICUS", "37"},      {"CP1047", "1047"},
-    {"CP500", "500"},        {"CP437", "437"},    {"CP850", "850"},        {"CP852", "852"},
-    {"CP855", "855"},        {"CP857", "857"},    {"CP858", "858"},        {"CP866", "866"},
-    {"CP874", "874"},        {"TIS620", "874"},   {"CP819", "819"},        {"ISO88591", "819"},
-    {"LATIN1", "819"},       {"CP1250", "1250"},  {"WINDOWS1250", "1250"}, {"CP1251", "1251"},
-    {"WINDOWS1251", "1251"}, {"CP1252", "1252"},  {"WINDOWS1252", "1252"}, {"CP1253", "1253"},
-    {"WINDOWS1253", "1253"}, {"CP1254", "1254"},  {"WINDOWS1254", "1254"}, {"CP1255", "1255"},
-    {"WINDOWS1255", "1255"}, {"CP1256", "1256"},  {"WINDOWS1256", "1256"}, {"CP1257", "1257"},
-    {"WINDOWS1257", "1257"}, {"CP1258", "1258"},  {"WINDOWS1258", "1258"}, {"CP932", "932"},
-    {"SJIS", "932"},         {"SHIFTJIS", "932"}, {"MS932", "932"},        {"WINDOWS31J", "932"},
-    {"CP936", "936"},        {"GBK", "936"},      {"CP949", "949"},        {"UHC", "949"},
-    {"CP950", "950"},        {"BIG5", "950"},     {"EUCJP", "954"},        {"CP954", "954"},
-    {"CP930", "930"},        {"CP933", "933"},    {"CP935", "935"},        {"CP937", "937"},
-    {"CP939", "939"},
-};
+    {"65001", "UTF8"},       {"CP65001", "UTF8"},     {"UTF8", "UTF8"},
+    {"037", "37"},           {"CP037", "37"},         {"EBCDICUS", "37"},
+    {"TIS620", "874"},       {"ISO88591", "819"},     {"LATIN1", "819"},
+    {"WINDOWS1250", "1250"}, {"WINDOWS1251", "1251"}, {"WINDOWS1252", "1252"},
+    {"WINDOWS1253", "1253"}, {"WINDOWS1254", "1254"}, {"WINDOWS1255", "1255"},
+    {"WINDOWS1256", "1256"}, {"WINDOWS1257", "1257"}, {"WINDOWS1258", "1258"},
+    {"SJIS", "932"},         {"SHIFTJIS", "932"},     {"WINDOWS31J", "932"},
+    {"GBK", "936"},          {"UHC", "949"},          {"BIG5", "950"},
+    {"EUCJP", "954"},
+};  // and "CPnnn" for every table nnn
 
 // Pointer files: a file whose whole content names another table.
 const char* const kPointers[][2] = {
@@ -625,6 +619,8 @@ int main(int argc, char** argv) {
             "# digits only). Right: the file name, used as it stands.\n";
         for (const auto& al : kAliases)
             aliases += std::string(al[0]) + " " + al[1] + "\n";
+        for (const auto& cp : kCodePages)
+            aliases += std::string("CP") + cp.name + " " + cp.name + "\n";
         writeFile(out + "/aliases", aliases.data(), aliases.size());
         for (const auto& p : kPointers) {
             std::string text = std::string(p[1]) + "\n";
