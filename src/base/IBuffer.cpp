@@ -409,20 +409,6 @@ IBuffer* IBuffer::defaultBuffer() {
     return made;
 }
 
-unsigned IBuffer::checkedAdd(unsigned a, unsigned b) {
-    if (!(a < ~b))
-        overflow();
-    return a + b;
-}
-
-unsigned IBuffer::checkedMultiply(unsigned a, unsigned b) {
-    if (b == 0)
-        return 0;
-    if (!(a < 0xFFFFFFFFu / b))
-        overflow();
-    return a * b;
-}
-
 void IBuffer::overflow() {
     IInvalidRequest exception("Attempt to allocate an IString that is too big.", 51,
                               IException::recoverable);
