@@ -26,8 +26,7 @@ const char kFile[] = ".\\base\\ibuffer0";
 
 std::atomic<IBuffer*> gDefaultBuffer{nullptr};
 
-// -1 not read yet, else 0 or 1.
-std::atomic<int> gLocaleMode{-1};
+std::atomic<int>& gLocaleMode = IBuffer::localeModeState;
 std::mutex gLocaleLock;
 
 unsigned startOf(unsigned start) { return start == 0 ? 1 : start; }
@@ -114,6 +113,8 @@ int locale_ncmp(const char* a, const char* b, unsigned n) {
 }
 
 }  // namespace qarq::base
+
+std::atomic<int> IBuffer::localeModeState{-1};
 
 IBuffer::~IBuffer() = default;
 

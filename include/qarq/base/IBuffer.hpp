@@ -18,9 +18,11 @@
 // IOutOfMemory. Threads: the count is atomic; the text is not guarded.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <new>
+#include <typeinfo>
 
 #include "qarq/base/IMRefCounted.hpp"
 #include "qarq/export.hpp"
@@ -102,6 +104,14 @@ public:
     [[noreturn]] static void overflow();
     /// Non-zero when NORBU_I18N says "ON" (read once).
     static int localeMode();
+    /// The locale mode as read so far: -1 before the first read.
+    static std::atomic<int> localeModeState;
+    /// True when compare of this buffer is a plain memcmp: a plain buffer
+    /// with locale mode known to be off. Lets equality skip the virtual call.
+    bool comparesBytewise() const {
+        return localeModeState.load(std::memory_order_relaxed) == 0 &&
+               typeid(*this) == typeid(IBuffer);
+    }
 
     static void operator delete(void* block);
 

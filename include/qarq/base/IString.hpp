@@ -158,10 +158,16 @@ private:
 
 QARQ_API IString operator+(const char* text, const IString& string);
 /// Texts of different lengths are never equal, so only equal lengths go to
-/// the buffer's compare.
+/// the buffer's compare, and for a plain buffer outside locale mode, whose
+/// compare is memcmp, the bytes are compared here without the virtual call.
 inline bool operator==(const IString& a, const IString& b) {
-    return a.length() == b.length() &&
-           IBuffer::fromContents(a.data())->compare(b.data(), b.length()) == 0;
+    unsigned n = a.length();
+    if (n != b.length())
+        return false;
+    const IBuffer* left = IBuffer::fromContents(a.data());
+    if (left->comparesBytewise())
+        return std::memcmp(a.data(), b.data(), n) == 0;
+    return left->compare(b.data(), n) == 0;
 }
 QARQ_API bool operator==(const IString& a, const char* b);
 QARQ_API bool operator>=(const IString& a, const IString& b);
