@@ -28,6 +28,7 @@ VornBuffer::~VornBuffer() = default;
 VornBuffer& VornBuffer::resetBuffer() {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornBuffer::resetBuffer", qarq::ras::pair(this, 0));
     next_ = buffer_;
+    VORN_TRACE_EXIT_OBJECT("VornBuffer::resetBuffer");
     return *this;
 }
 
@@ -37,6 +38,7 @@ VornBuffer& VornBuffer::setBuffer(char* buffer, unsigned length) {
     buffer_ = buffer;
     next_ = buffer;
     length_ = buffer != nullptr ? length : 0;
+    VORN_TRACE_EXIT_OBJECT("VornBuffer::setBuffer");
     return *this;
 }
 
@@ -80,6 +82,7 @@ VornBuffer& VornBuffer::putByte(char byte) {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornBuffer::putByte", qarq::ras::pair(&byte, 1));
     checkNextAccess(1);
     *next_++ = byte;
+    VORN_TRACE_EXIT_OBJECT("VornBuffer::putByte");
     return *this;
 }
 
@@ -90,6 +93,7 @@ VornBuffer& VornBuffer::putBytes(const char* bytes, unsigned count) {
     if (count != 0)
         std::memcpy(next_, bytes, count);
     next_ += count;
+    VORN_TRACE_EXIT_OBJECT("VornBuffer::putBytes");
     return *this;
 }
 

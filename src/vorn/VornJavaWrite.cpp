@@ -50,16 +50,19 @@ void VornJavaWrite::write32Bits(int value) {
 void VornJavaWrite::writeType(unsigned short type) {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaWrite::writeType", pair(&type, sizeof type));
     write16Bits(static_cast<short>(type));
+    VORN_TRACE_EXIT_OBJECT("VornJavaWrite::writeType");
 }
 
 void VornJavaWrite::writeLength(int length) {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaWrite::writeLength", pair(length));
     write32Bits(length);
+    VORN_TRACE_EXIT_OBJECT("VornJavaWrite::writeLength");
 }
 
 void VornJavaWrite::writeShortLength(short length) {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaWrite::writeShortLength", pair(length));
     write16Bits(length);
+    VORN_TRACE_EXIT_OBJECT("VornJavaWrite::writeShortLength");
 }
 
 VornJavaWrite& VornJavaWrite::writeByteTraced(char value) {
@@ -73,6 +76,7 @@ VornJavaWrite& VornJavaWrite::writeByteTraced(char value) {
         writeType(VORNJAVA_BYTE);
         putByte(value);
     }
+    VORN_TRACE_EXIT_OBJECT("VornJavaWrite::writeByte");
     return *this;
 }
 
@@ -87,6 +91,7 @@ VornJavaWrite& VornJavaWrite::writeCharTraced(char value) {
         writeType(VORNJAVA_CHAR_OR_SHORT);
         putByte(value);
     }
+    VORN_TRACE_EXIT_OBJECT("VornJavaWrite::writeChar");
     return *this;
 }
 
@@ -101,6 +106,7 @@ VornJavaWrite& VornJavaWrite::writeShortTraced(short value) {
         writeType(VORNJAVA_CHAR_OR_SHORT);
         write16Bits(value);
     }
+    VORN_TRACE_EXIT_OBJECT("VornJavaWrite::writeShort");
     return *this;
 }
 
@@ -115,6 +121,7 @@ VornJavaWrite& VornJavaWrite::writeIntTraced(int value) {
         writeType(VORNJAVA_INT);
         write32Bits(value);
     }
+    VORN_TRACE_EXIT_OBJECT("VornJavaWrite::writeInt");
     return *this;
 }
 
@@ -130,6 +137,7 @@ VornJavaWrite& VornJavaWrite::writeLongTraced(int64_t value) {
         for (int shift = 56; shift >= 0; shift -= 8)
             putByte(static_cast<char>((static_cast<uint64_t>(value) >> shift) & 0xFF));
     }
+    VORN_TRACE_EXIT_OBJECT("VornJavaWrite::writeLong");
     return *this;
 }
 
@@ -145,6 +153,7 @@ VornJavaWrite& VornJavaWrite::writeBooleanTraced(int value) {
         writeType(VORNJAVA_BOOLEAN);
         putByte(byte);
     }
+    VORN_TRACE_EXIT_OBJECT("VornJavaWrite::writeBoolean");
     return *this;
 }
 

@@ -237,12 +237,25 @@ TEST(VornStream, TracePointsFireOnlyBehindTheGate) {
     std::vector<std::string> names;
     for (const auto& t : traces)
         names.push_back(t.function + "/" + std::to_string(t.traceKind));
-    std::vector<std::string> expected = {
-        "VornJavaWrite::writeInt/1", "VornJavaWrite::writeType/1", "VornBuffer::putByte/1",
-        "VornBuffer::putByte/1",     "VornBuffer::putByte/1",      "VornBuffer::putByte/1",
-        "VornBuffer::putByte/1",     "VornBuffer::putByte/1",      "VornBuffer::setBuffer/1",
-        "VornJavaRead::readInt/1",   "VornJavaRead::readInt/2"};
-    EXPECT_EQ(names, expected);
+    // The first write of a writer with no block goes byte by byte (and grows).
+    ASSERT_GE(names.size(), 4u);
+    EXPECT_EQ(names[0], "VornJavaWrite::writeInt/1");
+    EXPECT_EQ(names[1], "VornJavaWrite::writeType/1");
+    EXPECT_EQ(names[2], "VornBuffer::putByte/1");
+    EXPECT_EQ(names[3], "VornBuffer::putByte/2");
+    const CapturedRecord* writeExit = nullptr;
+    for (const auto& t : traces)
+        if (t.function == "VornJavaWrite::writeInt" && t.traceKind == HESK_TRACE_EXIT)
+            writeExit = &t;
+    ASSERT_NE(writeExit, nullptr);
+    // An exit of a write carries the writer's debug text.
+    EXPECT_EQ(writeExit->pairs.at(0).rfind("VornJavaWrite[VornBuffer[this=0x", 0), 0u);
+    EXPECT_NE(writeExit->pairs.at(0).find(", length=4097, "), std::string::npos);
+    // The read ends the records: entry, then exit with the value; the write
+    // after the gate closed left none.
+    ASSERT_GE(names.size(), 2u);
+    EXPECT_EQ(names[names.size() - 2], "VornJavaRead::readInt/1");
+    EXPECT_EQ(names.back(), "VornJavaRead::readInt/2");
     int32_t read;
     ASSERT_EQ(traces.back().pairs.size(), 1u);
     std::memcpy(&read, traces.back().pairs[0].data(), 4);
