@@ -42,22 +42,44 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         control = (plan[i] & 0x80) != 0 ? &traceAll : saved;
         try {
             switch (plan[i] % 12) {
-                case 0: (void)reader.readByte(); break;
-                case 1: (void)reader.readChar(); break;
-                case 2: (void)reader.readShort(); break;
-                case 3: (void)reader.readInt(); break;
-                case 4: (void)reader.readLong(); break;
-                case 5: (void)reader.readBoolean(); break;
-                case 6: (void)reader.readType(); break;
-                case 7: (void)reader.readLength(); break;
-                case 8: (void)reader.readShortLength(); break;
-                case 9: (void)reader.getByte(); break;
+                case 0:
+                    (void)reader.readByte();
+                    break;
+                case 1:
+                    (void)reader.readChar();
+                    break;
+                case 2:
+                    (void)reader.readShort();
+                    break;
+                case 3:
+                    (void)reader.readInt();
+                    break;
+                case 4:
+                    (void)reader.readLong();
+                    break;
+                case 5:
+                    (void)reader.readBoolean();
+                    break;
+                case 6:
+                    (void)reader.readType();
+                    break;
+                case 7:
+                    (void)reader.readLength();
+                    break;
+                case 8:
+                    (void)reader.readShortLength();
+                    break;
+                case 9:
+                    (void)reader.getByte();
+                    break;
                 case 10: {
                     char out[8];
                     reader.getBytes(out, plan[i] % 9);
                     break;
                 }
-                default: reader.assertTypeRead(reader.readType(), VORNJAVA_INT, plan[i] & 0x40 ? VORNJAVA_LONG : 0);
+                default:
+                    reader.assertTypeRead(reader.readType(), VORNJAVA_INT,
+                                          plan[i] & 0x40 ? VORNJAVA_LONG : 0);
             }
         } catch (VornExcBase&) {
             // the family's refusal: the next read goes on from where it stopped

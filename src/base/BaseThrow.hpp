@@ -7,8 +7,8 @@
 namespace qarq::base {
 
 template <typename Exception>
-[[noreturn]] void throwBaseException(Exception& exception, const char* file,
-                                     const char* function, unsigned line) {
+[[noreturn]] void throwBaseException(Exception& exception, const char* file, const char* function,
+                                     unsigned line) {
     exception.addLocation(IExceptionLocation(file, function, line));
     exception.logExceptionData();
     throw Exception(exception);

@@ -29,7 +29,9 @@ std::atomic<IBuffer*> gDefaultBuffer{nullptr};
 std::atomic<int>& gLocaleMode = IBuffer::localeModeState;
 std::mutex gLocaleLock;
 
-unsigned startOf(unsigned start) { return start == 0 ? 1 : start; }
+unsigned startOf(unsigned start) {
+    return start == 0 ? 1 : start;
+}
 
 bool inSet(const char* set, unsigned count, char c) {
     return count != 0 && std::memchr(set, c, count) != nullptr;
@@ -46,7 +48,9 @@ int parseLocaleMode(const char* value) {
            std::toupper(static_cast<unsigned char>(value[1])) == 'N';
 }
 
-void setLocaleMode(int mode) { gLocaleMode.store(mode, std::memory_order_release); }
+void setLocaleMode(int mode) {
+    gLocaleMode.store(mode, std::memory_order_release);
+}
 
 int locale_ncmp(const char* a, const char* b, unsigned n) {
     if (n == 0)
@@ -118,7 +122,9 @@ std::atomic<int> IBuffer::localeModeState{-1};
 
 IBuffer::~IBuffer() = default;
 
-void IBuffer::operator delete(void* block) { qarq::os::calls().free(block); }
+void IBuffer::operator delete(void* block) {
+    qarq::os::calls().free(block);
+}
 
 void* IBuffer::allocateBlock(unsigned length) {
     // Computed in size_t: the capacity of a length near 2^32 does not fit
@@ -132,9 +138,15 @@ void* IBuffer::allocateBlock(unsigned length) {
     return block;
 }
 
-int IBuffer::charType(unsigned) const { return 0; }
-const char* IBuffer::next(const char* p) const { return p + 1; }
-char* IBuffer::next(char* p) const { return p + 1; }
+int IBuffer::charType(unsigned) const {
+    return 0;
+}
+const char* IBuffer::next(const char* p) const {
+    return p + 1;
+}
+char* IBuffer::next(char* p) const {
+    return p + 1;
+}
 
 namespace {
 
@@ -194,8 +206,8 @@ IBuffer* IBuffer::subString(unsigned start, unsigned count, char padChar) const 
         const_cast<IBuffer*>(this)->addRef();
         return const_cast<IBuffer*>(this);
     }
-    return newBuffer(contents() + (taken != 0 ? s - 1 : 0), taken, nullptr, count - taken,
-                     nullptr, 0, padChar);
+    return newBuffer(contents() + (taken != 0 ? s - 1 : 0), taken, nullptr, count - taken, nullptr,
+                     0, padChar);
 }
 
 IString IBuffer::asDebugInfo() const {
@@ -206,8 +218,7 @@ IString IBuffer::asDebugInfo() const {
         text = IString(contents(), 10, "...", 3, contents() + ivLength - 10, 10);
     return IString(className()) + "(@" +
            IString(static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(this))) +
-           ",refs=" + IString(useCount()) + ",len=" + IString(ivLength) + ",data=[" + text +
-           "])";
+           ",refs=" + IString(useCount()) + ",len=" + IString(ivLength) + ",data=[" + text + "])";
 }
 
 unsigned IBuffer::indexOf(const char* data, unsigned count, unsigned start) const {
@@ -358,7 +369,9 @@ IBuffer* IBuffer::allocate(unsigned length) const {
     return create<IBuffer>(length);
 }
 
-const char* IBuffer::className() const { return "IBuffer"; }
+const char* IBuffer::className() const {
+    return "IBuffer";
+}
 
 IBuffer* IBuffer::newBuffer(const void* p1, unsigned n1, const void* p2, unsigned n2,
                             const void* p3, unsigned n3, char padChar) const {

@@ -55,7 +55,7 @@ std::mutex& exceptionLock() {
 
 // Gives the default trace function back at the library's end.
 class DefaultTraceFnRemover : public IStaticObject {
-public:
+  public:
     ~DefaultTraceFnRemover() override {
         IException::TraceFn* fn = gDefaultTraceFn.exchange(nullptr);
         delete fn;
@@ -147,7 +147,9 @@ IException::IException(const IException& other) : ivData(nullptr) {
     }
 }
 
-IException::~IException() { unmake(ivData); }
+IException::~IException() {
+    unmake(ivData);
+}
 
 bool IException::isRecoverable() const {
     return ivData != nullptr && ivData->severity != unrecoverable;
@@ -158,16 +160,22 @@ IException& IException::addLocation(const IExceptionLocation& location) {
         return *this;
     // When all slots are taken the newest replaces the last one, so the
     // first four places and the newest survive.
-    uint32_t slot = ivData->locationCount < kMaxLocations ? ivData->locationCount++
-                                                          : kMaxLocations - 1;
+    uint32_t slot =
+        ivData->locationCount < kMaxLocations ? ivData->locationCount++ : kMaxLocations - 1;
     ivData->locations[slot] = location;
     return *this;
 }
 
-const char* IException::name() const { return "IException"; }
-const wchar_t* IException::wideName() const { return L"IException"; }
+const char* IException::name() const {
+    return "IException";
+}
+const wchar_t* IException::wideName() const {
+    return L"IException";
+}
 
-void IException::terminate() { std::terminate(); }
+void IException::terminate() {
+    std::terminate();
+}
 
 IException& IException::logExceptionData() {
     traceFunction()->logData(*this);
@@ -179,13 +187,17 @@ IException& IException::logExceptionDataWide() {
     return *this;
 }
 
-uint32_t IException::errorId() const { return ivData == nullptr ? 0 : ivData->errorId; }
+uint32_t IException::errorId() const {
+    return ivData == nullptr ? 0 : ivData->errorId;
+}
 
 const char* IException::errorCodeGroup() const {
     return ivData == nullptr ? baseLibrary : ivData->errorCodeGroup;
 }
 
-uint32_t IException::textCount() const { return ivData == nullptr ? 0 : ivData->textCount; }
+uint32_t IException::textCount() const {
+    return ivData == nullptr ? 0 : ivData->textCount;
+}
 
 namespace {
 
@@ -310,7 +322,9 @@ void IException::TraceFn::writeWide(const wchar_t* text) {
     write(narrowed.text());
 }
 
-void IException::TraceFn::logDataWide(IException& exception) { logData(exception); }
+void IException::TraceFn::logDataWide(IException& exception) {
+    logData(exception);
+}
 
 void IException::TraceFn::exceptionLogged() {}
 
@@ -321,9 +335,8 @@ void IException::TraceFn::logData(IException& exception) {
     uint32_t locations = exception.locationCount();
     const IExceptionLocation* location =
         locations != 0 ? exception.locationAtIndex(locations - 1) : nullptr;
-    const char* file = location != nullptr && location->fileName() != nullptr
-                           ? location->fileName()
-                           : "";
+    const char* file =
+        location != nullptr && location->fileName() != nullptr ? location->fileName() : "";
     const char* function = location != nullptr ? location->functionName() : "";
     int line = location != nullptr ? static_cast<int>(location->lineNumber()) : 0;
     uint32_t texts = exception.textCount();
@@ -370,8 +383,7 @@ void IException::TraceFn::logData(IException& exception) {
         std::snprintf(buffer, size + 1, kLocationFormat, className, function, file, line);
     else
         std::snprintf(buffer, size + 1,
-                      "\n%s exception thrown.\n   Location information is unavailable.",
-                      className);
+                      "\n%s exception thrown.\n   Location information is unavailable.", className);
     write(buffer);
     if (exception.errorId() != 0)
         std::snprintf(buffer, size + 1, "   Error Id is %d", static_cast<int>(exception.errorId()));

@@ -19,10 +19,10 @@ void dropRecord(IExceptionLocation::Record*& record);
 
 // The record lives in memory from the OS seam so that a test can take it
 // away; a location without one reads as unknown.
-#define QARQ_NEW_RECORD(...)                                                        \
-    [&]() -> Record* {                                                              \
-        void* block = qarq::os::calls().malloc(sizeof(Record));                     \
-        return block != nullptr ? ::new (block) Record{__VA_ARGS__} : nullptr;      \
+#define QARQ_NEW_RECORD(...)                                                   \
+    [&]() -> Record* {                                                         \
+        void* block = qarq::os::calls().malloc(sizeof(Record));                \
+        return block != nullptr ? ::new (block) Record{__VA_ARGS__} : nullptr; \
     }()
 
 IExceptionLocation::IExceptionLocation() : ivRecord(nullptr) {}
@@ -47,7 +47,9 @@ IExceptionLocation& IExceptionLocation::operator=(const IExceptionLocation& othe
     return *this;
 }
 
-IExceptionLocation::~IExceptionLocation() { dropRecord(ivRecord); }
+IExceptionLocation::~IExceptionLocation() {
+    dropRecord(ivRecord);
+}
 
 namespace {
 

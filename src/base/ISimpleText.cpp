@@ -19,8 +19,12 @@ void* copyOf(const void* text, std::size_t bytes) {
     return copy;
 }
 
-std::size_t narrowBytes(const char* text) { return std::strlen(text) + 1; }
-std::size_t wideBytes(const wchar_t* text) { return (std::wcslen(text) + 1) * sizeof(wchar_t); }
+std::size_t narrowBytes(const char* text) {
+    return std::strlen(text) + 1;
+}
+std::size_t wideBytes(const wchar_t* text) {
+    return (std::wcslen(text) + 1) * sizeof(wchar_t);
+}
 
 }  // namespace
 
@@ -56,7 +60,9 @@ ISimpleText& ISimpleText::operator=(const ISimpleText& other) {
     return *this;
 }
 
-ISimpleText::~ISimpleText() { release(); }
+ISimpleText::~ISimpleText() {
+    release();
+}
 
 void ISimpleText::release() {
     qarq::os::calls().free(ivText);
@@ -114,8 +120,7 @@ ISimpleText& ISimpleText::append(const wchar_t* text) {
     const wchar_t* held = static_cast<const wchar_t*>(ivText);
     std::size_t a = std::wcslen(held);
     std::size_t b = std::wcslen(text);
-    auto* joined =
-        static_cast<wchar_t*>(qarq::os::calls().malloc((a + b + 1) * sizeof(wchar_t)));
+    auto* joined = static_cast<wchar_t*>(qarq::os::calls().malloc((a + b + 1) * sizeof(wchar_t)));
     if (joined == nullptr)
         return *this;
     std::wmemcpy(joined, held, a);

@@ -59,6 +59,8 @@ IStaticObjectList& IStaticObjectList::process() {
 
 namespace {
 
-__attribute__((destructor)) void emptyStaticObjects() { IStaticObjectList::process().deleteAll(); }
+__attribute__((destructor)) void emptyStaticObjects() {
+    IStaticObjectList::process().deleteAll();
+}
 
 }  // namespace

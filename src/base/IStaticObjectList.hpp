@@ -9,7 +9,7 @@
 #include "qarq/export.hpp"
 
 class QARQ_API IStaticObjectList {
-public:
+  public:
     IStaticObjectList();
     /// Deletes what is still registered.
     ~IStaticObjectList();
@@ -25,7 +25,7 @@ public:
     /// The process-wide list.
     static IStaticObjectList& process();
 
-private:
+  private:
     IStaticObjectList(const IStaticObjectList&) = delete;
     IStaticObjectList& operator=(const IStaticObjectList&) = delete;
 

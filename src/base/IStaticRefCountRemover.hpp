@@ -7,11 +7,11 @@
 #include "qarq/export.hpp"
 
 class QARQ_API IStaticRefCountRemover : public IStaticObject {
-public:
+  public:
     /// Takes over one reference of `object`.
     explicit IStaticRefCountRemover(IMRefCounted* object) : ivObject(object) {}
     ~IStaticRefCountRemover() override;
 
-private:
+  private:
     IMRefCounted* ivObject;
 };

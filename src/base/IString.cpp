@@ -41,8 +41,8 @@ char* printed(const char* format, ...) {
 }
 
 [[noreturn]] void indexError() {
-    IInvalidRequest exception("An attempt was made to index beyond the end of a const IString.",
-                              52, IException::recoverable);
+    IInvalidRequest exception("An attempt was made to index beyond the end of a const IString.", 52,
+                              IException::recoverable);
     qarq::base::throwBaseException(exception, kFile, "IString::operator []", __LINE__);
 }
 
@@ -78,7 +78,9 @@ IString::IString(unsigned char value) : ivBuffer(made(&value, 1)) {}
 IString::IString(signed char value) : ivBuffer(made(&value, 1)) {}
 IString::IString(IBuffer* buffer) : ivBuffer(buffer->contents()) {}
 
-unsigned long IString::asUnsigned() const { return std::strtoul(ivBuffer, nullptr, 10); }
+unsigned long IString::asUnsigned() const {
+    return std::strtoul(ivBuffer, nullptr, 10);
+}
 
 void IString::replaceBuffer(IBuffer* next) {
     IBuffer* old = buffer();
@@ -113,9 +115,13 @@ IString& IString::append(const char* text, unsigned count) {
     return *this;
 }
 
-IString& IString::append(const IString& other) { return append(other.ivBuffer, other.length()); }
+IString& IString::append(const IString& other) {
+    return append(other.ivBuffer, other.length());
+}
 
-IString& IString::append(const char* text) { return append(text, textLength(text)); }
+IString& IString::append(const char* text) {
+    return append(text, textLength(text));
+}
 
 bool operator==(const IString& a, const char* b) {
     return IBuffer::fromContents(a.data())->compare(b, textLength(b)) == 0;
@@ -123,15 +129,27 @@ bool operator==(const IString& a, const char* b) {
 bool operator>=(const IString& a, const IString& b) {
     return IBuffer::fromContents(a.data())->compare(b.data(), b.length()) != 2;
 }
-bool operator==(const char* a, const IString& b) { return b == a; }
-bool operator!=(const IString& a, const IString& b) { return !(a == b); }
-bool operator!=(const IString& a, const char* b) { return !(a == b); }
-bool operator!=(const char* a, const IString& b) { return !(b == a); }
-bool operator<(const IString& a, const IString& b) { return !(a >= b); }
+bool operator==(const char* a, const IString& b) {
+    return b == a;
+}
+bool operator!=(const IString& a, const IString& b) {
+    return !(a == b);
+}
+bool operator!=(const IString& a, const char* b) {
+    return !(a == b);
+}
+bool operator!=(const char* a, const IString& b) {
+    return !(b == a);
+}
+bool operator<(const IString& a, const IString& b) {
+    return !(a >= b);
+}
 bool operator>(const IString& a, const IString& b) {
     return IBuffer::fromContents(a.data())->compare(b.data(), b.length()) == 1;
 }
-bool operator<=(const IString& a, const IString& b) { return !(a > b); }
+bool operator<=(const IString& a, const IString& b) {
+    return !(a > b);
+}
 
 const char& IString::constAt(long long pos) const {
     if (pos < 0)
@@ -160,20 +178,34 @@ char& IString::mutableAt(long long pos) {
     return ivBuffer[i];
 }
 
-const char& IString::operator[](unsigned pos) const { return constAt(pos); }
+const char& IString::operator[](unsigned pos) const {
+    return constAt(pos);
+}
 const char& IString::operator[](unsigned long pos) const {
     return pos > 0xFFFFFFFFul ? constAt(0x100000000ll) : constAt(static_cast<long long>(pos));
 }
-const char& IString::operator[](int pos) const { return constAt(pos); }
-const char& IString::operator[](long pos) const { return constAt(pos); }
-char& IString::operator[](unsigned pos) { return mutableAt(pos); }
+const char& IString::operator[](int pos) const {
+    return constAt(pos);
+}
+const char& IString::operator[](long pos) const {
+    return constAt(pos);
+}
+char& IString::operator[](unsigned pos) {
+    return mutableAt(pos);
+}
 char& IString::operator[](unsigned long pos) {
     return pos > 0xFFFFFFFFul ? mutableAt(0x100000000ll) : mutableAt(static_cast<long long>(pos));
 }
-char& IString::operator[](int pos) { return mutableAt(pos); }
-char& IString::operator[](long pos) { return mutableAt(pos); }
+char& IString::operator[](int pos) {
+    return mutableAt(pos);
+}
+char& IString::operator[](long pos) {
+    return mutableAt(pos);
+}
 
-IString& IString::remove(unsigned start) { return remove(start, 0xFFFFFFFFu); }
+IString& IString::remove(unsigned start) {
+    return remove(start, 0xFFFFFFFFu);
+}
 
 IString& IString::remove(unsigned start, unsigned count) {
     unsigned n = length();
@@ -218,8 +250,8 @@ IString IString::remove(const IString& aString, unsigned start, unsigned count) 
     return copy.remove(start, count);
 }
 
-IString IString::change(const IString& aString, const IString& pattern,
-                        const IString& replacement, unsigned start, unsigned maxChanges) {
+IString IString::change(const IString& aString, const IString& pattern, const IString& replacement,
+                        unsigned start, unsigned maxChanges) {
     IString copy(aString);
     return copy.change(pattern, replacement, start, maxChanges);
 }
@@ -239,7 +271,9 @@ IString& IString::strip(const char* chars, unsigned count, int mode) {
     return *this;
 }
 
-IString& IString::stripLeading(char c) { return strip(&c, 1, IBuffer::leading); }
+IString& IString::stripLeading(char c) {
+    return strip(&c, 1, IBuffer::leading);
+}
 
 IString IString::subString(unsigned start) const {
     if (IBuffer::localeMode())
@@ -317,8 +351,9 @@ IString IString::decimalToBytes() const {
         }
     if (bytes.empty())
         bytes.push_back('\0');
-    return IString(
-        buffer()->newBuffer(bytes.data(), static_cast<unsigned>(bytes.size())));
+    return IString(buffer()->newBuffer(bytes.data(), static_cast<unsigned>(bytes.size())));
 }
 
-IString IString::decimalToHexText() const { return decimalToBytes().asHexText(); }
+IString IString::decimalToHexText() const {
+    return decimalToBytes().asHexText();
+}

@@ -2,4 +2,6 @@
 
 IStringTest::~IStringTest() = default;
 
-bool IStringTest::test(int c) const { return kind == 1 && fn(c) != 0; }
+bool IStringTest::test(int c) const {
+    return kind == 1 && fn(c) != 0;
+}

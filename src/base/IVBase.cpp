@@ -4,7 +4,9 @@
 
 IVBase::~IVBase() = default;
 
-IString IVBase::asString() const { return IString("IVBase object"); }
+IString IVBase::asString() const {
+    return IString("IVBase object");
+}
 
 IString IVBase::asDebugInfo() const {
     IString address(static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(this)));

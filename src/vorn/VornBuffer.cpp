@@ -50,11 +50,11 @@ void VornBuffer::checkNextAccess(unsigned count) {
     if (count > 0xFFFFFFFFu - growth - used) {
         // No 32-bit block holds this much: refuse as an overrun rather than
         // let the size wrap around.
-        qarq::ras::logError("VornBuffer::checkNextAccess", __LINE__, 0, 0,
-                            {qarq::ras::pair(&count, sizeof count),
-                             qarq::ras::pair(&used, sizeof used)});
-        VornBufferExcOverrun(*this, IExceptionLocation(kFile, "VornBuffer::checkNextAccess",
-                                                       __LINE__));
+        qarq::ras::logError(
+            "VornBuffer::checkNextAccess", __LINE__, 0, 0,
+            {qarq::ras::pair(&count, sizeof count), qarq::ras::pair(&used, sizeof used)});
+        VornBufferExcOverrun(*this,
+                             IExceptionLocation(kFile, "VornBuffer::checkNextAccess", __LINE__));
     }
     unsigned size = used + count + growth;
     VORN_TRACE(HESK_TRACE_DATA, "VornBuffer::checkNextAccess", qarq::ras::pair(&used, sizeof used),
@@ -115,7 +115,9 @@ VornBuffer& VornBuffer::getBytes(char* bytes, unsigned count) {
     return *this;
 }
 
-IString VornBuffer::asString() const { return IString("VornBuffer"); }
+IString VornBuffer::asString() const {
+    return IString("VornBuffer");
+}
 
 IString VornBuffer::bufferDebugInfo() const {
     return VornBuffer::asString() + "[this=0x" + hex(this) + ", buffer=0x" + hex(buffer_) +
@@ -123,4 +125,6 @@ IString VornBuffer::bufferDebugInfo() const {
            ", used=" + IString(calculateUsedLength()) + "]";
 }
 
-IString VornBuffer::asDebugInfo() const { return bufferDebugInfo(); }
+IString VornBuffer::asDebugInfo() const {
+    return bufferDebugInfo();
+}

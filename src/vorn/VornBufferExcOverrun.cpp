@@ -9,4 +9,6 @@ VornBufferExcOverrun::VornBufferExcOverrun(const VornBuffer& buffer,
              buffer.asDebugInfo(), location);
 }
 
-const char* VornBufferExcOverrun::name() const { return "VornBufferExcOverrun"; }
+const char* VornBufferExcOverrun::name() const {
+    return "VornBufferExcOverrun";
+}

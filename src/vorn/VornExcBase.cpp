@@ -26,11 +26,10 @@ void logAnExc(const IException& exception, const IExceptionLocation* location) {
     IString head = VornExcBase::formatExc(exception);
     IString texts = VornExcBase::formatText(exception);
     IString places = VornExcBase::formatLocation(exception);
-    qarq::ras::logError(function, line, static_cast<int>(exception.errorId()),
-                        exception.isRecoverable() ? 1 : 0,
-                        {qarq::ras::pair(head.data(), head.length()),
-                         qarq::ras::pair(texts.data(), texts.length()),
-                         qarq::ras::pair(places.data(), places.length())});
+    qarq::ras::logError(
+        function, line, static_cast<int>(exception.errorId()), exception.isRecoverable() ? 1 : 0,
+        {qarq::ras::pair(head.data(), head.length()), qarq::ras::pair(texts.data(), texts.length()),
+         qarq::ras::pair(places.data(), places.length())});
 }
 
 }  // namespace
@@ -125,5 +124,9 @@ IString VornExcBase::formatLocation(const IException& exception) {
     return lines;
 }
 
-const char* VornExcBase::name() const { return "VornExcBase"; }
-const wchar_t* VornExcBase::wideName() const { return L"VornExcBase"; }
+const char* VornExcBase::name() const {
+    return "VornExcBase";
+}
+const wchar_t* VornExcBase::wideName() const {
+    return L"VornExcBase";
+}

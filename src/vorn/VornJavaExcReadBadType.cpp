@@ -3,8 +3,7 @@
 #include "qarq/vorn/VornBuffer.hpp"
 
 VornJavaExcReadBadType::VornJavaExcReadBadType(unsigned short read, unsigned short expected1,
-                                               unsigned short expected2,
-                                               const VornBuffer& buffer,
+                                               unsigned short expected2, const VornBuffer& buffer,
                                                const IExceptionLocation& location)
     : VornExcBase(IString(""), read, defSev) {
     IString message = IString("Invalid Java serialization TYPE...Read: ") + IString(read) +
@@ -12,4 +11,6 @@ VornJavaExcReadBadType::VornJavaExcReadBadType(unsigned short read, unsigned sho
     throwExc(message, buffer.asString(), buffer.asDebugInfo(), location);
 }
 
-const char* VornJavaExcReadBadType::name() const { return "VornJavaExcReadBadType"; }
+const char* VornJavaExcReadBadType::name() const {
+    return "VornJavaExcReadBadType";
+}

@@ -174,7 +174,9 @@ int VornJavaRead::readBooleanTraced() {
     return value;
 }
 
-IString VornJavaRead::asString() const { return IString("VornJavaRead"); }
+IString VornJavaRead::asString() const {
+    return IString("VornJavaRead");
+}
 
 IString VornJavaRead::asDebugInfo() const {
     return VornJavaRead::asString() + "[" + bufferDebugInfo() + "]";

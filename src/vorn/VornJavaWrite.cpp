@@ -157,7 +157,9 @@ VornJavaWrite& VornJavaWrite::writeBooleanTraced(int value) {
     return *this;
 }
 
-IString VornJavaWrite::asString() const { return IString("VornJavaWrite"); }
+IString VornJavaWrite::asString() const {
+    return IString("VornJavaWrite");
+}
 
 IString VornJavaWrite::asDebugInfo() const {
     return VornJavaWrite::asString() + "[" + bufferDebugInfo() + "]";

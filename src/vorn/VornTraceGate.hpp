@@ -11,12 +11,11 @@
 
 /// An exit point that carries the object's debug text, built only when the
 /// point fires.
-#define VORN_TRACE_EXIT_OBJECT(function)                                                 \
-    do {                                                                                 \
-        if (::qarq::ras::traceOn(::qarq::vorn::traceControlWord, HESK_TRACE_EXIT)) {     \
-            IString objectText_ = asDebugInfo();                                         \
-            ::qarq::ras::traceNow(                                                       \
-                (function), __LINE__, HESK_TRACE_EXIT,                                   \
-                {::qarq::ras::pair(objectText_.data(), objectText_.length())});          \
-        }                                                                                \
+#define VORN_TRACE_EXIT_OBJECT(function)                                                          \
+    do {                                                                                          \
+        if (::qarq::ras::traceOn(::qarq::vorn::traceControlWord, HESK_TRACE_EXIT)) {              \
+            IString objectText_ = asDebugInfo();                                                  \
+            ::qarq::ras::traceNow((function), __LINE__, HESK_TRACE_EXIT,                          \
+                                  {::qarq::ras::pair(objectText_.data(), objectText_.length())}); \
+        }                                                                                         \
     } while (0)

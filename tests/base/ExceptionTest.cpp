@@ -12,14 +12,16 @@
 namespace {
 
 class CapturingTraceFn : public IException::TraceFn {
-public:
+  public:
     void write(const char* text) override { lines.emplace_back(text); }
     void exceptionLogged() override { ++logged; }
     std::vector<std::string> lines;
     int logged = 0;
 };
 
-void* noMemory(size_t) { return nullptr; }
+void* noMemory(size_t) {
+    return nullptr;
+}
 
 IExceptionLocation place(int i) {
     std::string file = "file" + std::to_string(i);
@@ -171,14 +173,22 @@ TEST(SimpleText, FormsConvertInPlace) {
     EXPECT_EQ(text.length(), static_cast<long>(5 * sizeof(wchar_t)));
     EXPECT_EQ(text.charCount(), 5);
 
-    ISimpleText units(L"a\x100" L"b");
+    ISimpleText units(
+        L"a\x100"
+        L"b");
     ISimpleText copy(units);
-    EXPECT_STREQ(copy.text(), "a\x1A" "b");
-    EXPECT_STREQ(units.wideText(), L"a\x100" L"b");  // the original kept its form
+    EXPECT_STREQ(copy.text(),
+                 "a\x1A"
+                 "b");
+    EXPECT_STREQ(units.wideText(),
+                 L"a\x100"
+                 L"b");  // the original kept its form
     copy = units;
     EXPECT_EQ(copy.form(), ISimpleText::wide);
     copy.append("c");
-    EXPECT_STREQ(copy.wideText(), L"a\x100" L"bc");
+    EXPECT_STREQ(copy.wideText(),
+                 L"a\x100"
+                 L"bc");
     copy.setText("new");
     EXPECT_STREQ(copy.text(), "new");
     EXPECT_EQ(copy.charCount(), 3);

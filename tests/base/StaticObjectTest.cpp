@@ -9,23 +9,23 @@ namespace {
 std::vector<int> gDeleted;
 
 class Recorded : public IStaticObject {
-public:
+  public:
     Recorded(IStaticObjectList& list, int id) : IStaticObject(list), id_(id) {}
     ~Recorded() override { gDeleted.push_back(id_); }
 
-private:
+  private:
     int id_;
 };
 
 class RegistersAnother : public IStaticObject {
-public:
+  public:
     explicit RegistersAnother(IStaticObjectList& list) : IStaticObject(list), list_(list) {}
     ~RegistersAnother() override {
         gDeleted.push_back(-1);
         new Recorded(list_, 99);  // made during teardown: still deleted
     }
 
-private:
+  private:
     IStaticObjectList& list_;
 };
 

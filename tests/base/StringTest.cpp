@@ -15,18 +15,24 @@
 
 namespace {
 
-unsigned refs(const IString& s) { return IBuffer::fromContents(s.data())->useCount(); }
-IBuffer* bufferOf(const IString& s) { return IBuffer::fromContents(s.data()); }
-std::string bytes(const IString& s) { return std::string(s.data(), s.length()); }
+unsigned refs(const IString& s) {
+    return IBuffer::fromContents(s.data())->useCount();
+}
+IBuffer* bufferOf(const IString& s) {
+    return IBuffer::fromContents(s.data());
+}
+std::string bytes(const IString& s) {
+    return std::string(s.data(), s.length());
+}
 
 // Keeps the reports of the exceptions a test provokes off the console.
 class QuietTraceFn : public IException::TraceFn {
-public:
+  public:
     void write(const char*) override {}
 };
 
 class StringTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override { previous_ = IException::setTraceFunction(&quiet_); }
     void TearDown() override { IException::setTraceFunction(previous_); }
 
@@ -178,7 +184,7 @@ TEST_F(StringTest, EmbeddedNulsSurviveEveryOperation) {
     EXPECT_EQ(bytes(joined), std::string(raw, 3) + std::string(raw, 3));
     EXPECT_EQ(bytes(s.subString(2)), std::string("\0b", 2));
     EXPECT_EQ(copy, s);
-    EXPECT_FALSE(s == IString("a"));            // the NUL and "b" still count
+    EXPECT_FALSE(s == IString("a"));  // the NUL and "b" still count
     EXPECT_TRUE(s >= IString("a"));
     const char less[] = {'a', '\0', 'a'};
     EXPECT_TRUE(IString(less, 3) < s);
@@ -211,12 +217,10 @@ TEST_F(StringTest, LocaleModeComparesSegmentsWithCollation) {
     static const char* value = "on";
     qarq::base::setLocaleMode(-1);
     {
-        qarq::os::ScopedOsCall env(&qarq::os::Calls::getenv,
-                                   +[](const char* name) -> char* {
-                                       return std::strcmp(name, "NORBU_I18N") == 0
-                                                  ? const_cast<char*>(value)
-                                                  : nullptr;
-                                   });
+        qarq::os::ScopedOsCall env(
+            &qarq::os::Calls::getenv, +[](const char* name) -> char* {
+                return std::strcmp(name, "NORBU_I18N") == 0 ? const_cast<char*>(value) : nullptr;
+            });
         EXPECT_EQ(IBuffer::localeMode(), 1);
     }
     EXPECT_EQ(IBuffer::localeMode(), 1);
@@ -295,8 +299,9 @@ TEST_F(StringTest, DebugAndNumberTexts) {
                         std::to_string(reinterpret_cast<uintptr_t>(bufferOf(s))) +
                         ",refs=1,len=3,data=[abc]))");
     IString longText("abcdefghijklmnopqrstuvwxyz");
-    EXPECT_NE(bytes(bufferOf(longText)->asDebugInfo()).find(",len=26,data=[abcdefghij...qrstuvwxyz])"),
-              std::string::npos);
+    EXPECT_NE(
+        bytes(bufferOf(longText)->asDebugInfo()).find(",len=26,data=[abcdefghij...qrstuvwxyz])"),
+        std::string::npos);
 
     IVBase object;
     char expected[64];
@@ -343,8 +348,8 @@ TEST_F(StringTest, OverflowIsRefusedWithId51) {
 
 TEST_F(StringTest, ExhaustedHeapThrowsOutOfMemoryAndKeepsTheString) {
     IString s("abc");
-    qarq::os::ScopedOsCall noMemory(&qarq::os::Calls::malloc,
-                                    +[](size_t) -> void* { return nullptr; });
+    qarq::os::ScopedOsCall noMemory(
+        &qarq::os::Calls::malloc, +[](size_t) -> void* { return nullptr; });
     EXPECT_THROW(s + "def", IOutOfMemory);
     try {
         s += "defghijklmnopqrstuvwxyz0123456789";  // past the room of the block

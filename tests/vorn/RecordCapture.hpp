@@ -18,7 +18,7 @@ struct CapturedRecord {
 };
 
 class RecordCapture {
-public:
+  public:
     RecordCapture() { HeskSinkAdd(&RecordCapture::sink, this); }
     ~RecordCapture() { HeskSinkRemove(&RecordCapture::sink, this); }
     RecordCapture(const RecordCapture&) = delete;
@@ -33,11 +33,16 @@ public:
         return found;
     }
 
-private:
+  private:
     static void sink(const HeskRecord* record, void* context) {
         auto* self = static_cast<RecordCapture*>(context);
-        CapturedRecord r{record->kind, record->function, record->line, record->traceKind,
-                         record->code1, record->code2, {}};
+        CapturedRecord r{record->kind,
+                         record->function,
+                         record->line,
+                         record->traceKind,
+                         record->code1,
+                         record->code2,
+                         {}};
         for (int i = 0; i < record->pairCount; ++i)
             r.pairs.emplace_back(static_cast<const char*>(record->pairs[i].data),
                                  record->pairs[i].length);

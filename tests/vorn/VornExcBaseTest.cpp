@@ -11,14 +11,20 @@ namespace {
 
 // A member of the family, declared as the family declares its classes.
 class SampleExc : public VornExcBase {
-public:
-    SampleExc(int texts, const IExceptionLocation& location) : VornExcBase(IString(""), 17, defSev) {
+  public:
+    SampleExc(int texts, const IExceptionLocation& location)
+        : VornExcBase(IString(""), 17, defSev) {
         switch (texts) {
-            case 0: throwExc(location);
-            case 1: throwExc("t1", location);
-            case 2: throwExc("t1", "t2", location);
-            case 3: throwExc("t1", "t2", "t3", location);
-            default: throwExc("t1", "t2", "t3", "t4", location);
+            case 0:
+                throwExc(location);
+            case 1:
+                throwExc("t1", location);
+            case 2:
+                throwExc("t1", "t2", location);
+            case 3:
+                throwExc("t1", "t2", "t3", location);
+            default:
+                throwExc("t1", "t2", "t3", "t4", location);
         }
     }
     const char* name() const override { return "SampleExc"; }
@@ -26,11 +32,13 @@ public:
 
 // Only to reach the protected constructor for log() without a location.
 class Unthrown : public VornExcBase {
-public:
+  public:
     Unthrown() : VornExcBase() {}
 };
 
-std::string str(const IString& s) { return std::string(s.data(), s.length()); }
+std::string str(const IString& s) {
+    return std::string(s.data(), s.length());
+}
 
 template <typename Check>
 void whenThrown(int texts, Check check) {

@@ -22,7 +22,7 @@ Bytes written(const VornJavaWrite& w) {
 
 // A reader over its own copy of the bytes, freed at the end as a caller would.
 class Stream {
-public:
+  public:
     explicit Stream(const Bytes& bytes) : block_(new char[bytes.size() + 1]) {
         std::memcpy(block_, bytes.data(), bytes.size());
         reader_.setBuffer(block_, static_cast<unsigned>(bytes.size()));
@@ -30,13 +30,13 @@ public:
     ~Stream() { delete[] reader_.getBuffer(); }
     VornJavaRead& reader() { return reader_; }
 
-private:
+  private:
     char* block_;
     VornJavaRead reader_;
 };
 
 class Writer : public VornJavaWrite {
-public:
+  public:
     ~Writer() override { delete[] getBuffer(); }
 };
 
@@ -211,7 +211,8 @@ TEST(VornStream, TextForms) {
     EXPECT_NE(info.find(", length=8, next=0x"), std::string::npos);
     EXPECT_NE(info.find(", used=1]]"), std::string::npos);
     char hexSelf[32];
-    std::snprintf(hexSelf, sizeof hexSelf, "%lX", static_cast<unsigned long>(reinterpret_cast<uintptr_t>(&r)));
+    std::snprintf(hexSelf, sizeof hexSelf, "%lX",
+                  static_cast<unsigned long>(reinterpret_cast<uintptr_t>(&r)));
     std::string digits = std::strlen(hexSelf) % 2 ? std::string("0") + hexSelf : hexSelf;
     EXPECT_EQ(info.substr(31, digits.size() + 2), digits + ", ");
     EXPECT_NE(std::string(VornJavaWrite().asDebugInfo().data()).find(", buffer=0x00, length=0"),

@@ -31,7 +31,7 @@ class IString;
 class IStringTest;
 
 class QARQ_API IBuffer : public IMRefCounted {
-public:
+  public:
     /// Strip modes.
     static constexpr int leading = 0;
     static constexpr int trailing = 1;
@@ -115,14 +115,14 @@ public:
 
     static void operator delete(void* block);
 
-protected:
+  protected:
     explicit IBuffer(unsigned length) : ivLength(length) {}
     /// Places a buffer of class T with room for `length` bytes on a fresh
     /// block; T must add no fields.
     template <typename T>
     static IBuffer* create(unsigned length);
 
-private:
+  private:
     friend class IString;
     static constexpr std::size_t kHeaderSize = 16;
     static void* allocateBlock(unsigned length);

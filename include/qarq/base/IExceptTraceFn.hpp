@@ -7,7 +7,7 @@
 #include "qarq/export.hpp"
 
 class QARQ_API IExceptTraceFn : public IException::TraceFn {
-public:
+  public:
     IExceptTraceFn();
     ~IExceptTraceFn() override;
 };

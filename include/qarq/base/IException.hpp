@@ -19,12 +19,12 @@
 #include "qarq/export.hpp"
 
 class QARQ_API IException {
-public:
+  public:
     enum Severity { unrecoverable = 0, recoverable = 1 };
 
     /// Receives the reports of exceptions.
     class QARQ_API TraceFn {
-    public:
+      public:
         TraceFn();
         virtual ~TraceFn();
         /// The one output point: the text and a newline on standard error.
@@ -38,14 +38,13 @@ public:
         /// Called once at the end of each report made through write.
         virtual void exceptionLogged();
 
-    private:
+      private:
         TraceFn(const TraceFn&);
         TraceFn& operator=(const TraceFn&);
     };
 
     /// A null text leaves the stack empty; any other text is entry 0.
-    explicit IException(const char* text, uint32_t errorId = 0,
-                        Severity severity = unrecoverable);
+    explicit IException(const char* text, uint32_t errorId = 0, Severity severity = unrecoverable);
     explicit IException(const wchar_t* text, uint32_t errorId = 0,
                         Severity severity = unrecoverable);
     /// Deep: severity, id, locations, the whole text stack, the group.
@@ -91,13 +90,13 @@ public:
     /// The current trace function.
     static TraceFn* traceFunction();
 
-    static const char* const baseLibrary;    ///< "ZTH Foundation Library"
-    static const char* const CLibrary;       ///< "Standard C Library"
-    static const char* const operatingSystem;///< "Operating System"
-    static const char* const presentationSystem; ///< "Presentation System"
-    static const char* const other;          ///< "Other Error Group"
+    static const char* const baseLibrary;         ///< "ZTH Foundation Library"
+    static const char* const CLibrary;            ///< "Standard C Library"
+    static const char* const operatingSystem;     ///< "Operating System"
+    static const char* const presentationSystem;  ///< "Presentation System"
+    static const char* const other;               ///< "Other Error Group"
 
-private:
+  private:
     IException& operator=(const IException&);
     struct Data;
     Data* ivData;

@@ -8,17 +8,16 @@
 #include "qarq/base/IException.hpp"
 #include "qarq/export.hpp"
 
-#define QARQ_DECLARE_BASE_EXCEPTION(Class, Base)                                           \
-    class QARQ_API Class : public Base {                                                   \
-    public:                                                                                \
-        explicit Class(const char* text, uint32_t errorId = 0,                             \
-                       Severity severity = unrecoverable);                                 \
-        explicit Class(const wchar_t* text, uint32_t errorId = 0,                          \
-                       Severity severity = unrecoverable);                                 \
-        Class(const Class& other);                                                         \
-        ~Class() override;                                                                 \
-        const char* name() const override;                                                 \
-        const wchar_t* wideName() const override;                                          \
+#define QARQ_DECLARE_BASE_EXCEPTION(Class, Base)                                                   \
+    class QARQ_API Class : public Base {                                                           \
+      public:                                                                                      \
+        explicit Class(const char* text, uint32_t errorId = 0, Severity severity = unrecoverable); \
+        explicit Class(const wchar_t* text, uint32_t errorId = 0,                                  \
+                       Severity severity = unrecoverable);                                         \
+        Class(const Class& other);                                                                 \
+        ~Class() override;                                                                         \
+        const char* name() const override;                                                         \
+        const wchar_t* wideName() const override;                                                  \
     }
 
 QARQ_DECLARE_BASE_EXCEPTION(IAccessError, IException);

@@ -12,12 +12,11 @@
 class ISimpleText;
 
 class QARQ_API IExceptionLocation {
-public:
+  public:
     /// Both names null and line 0.
     IExceptionLocation();
     IExceptionLocation(const char* fileName, const char* functionName, uint32_t lineNumber);
-    IExceptionLocation(const wchar_t* fileName, const wchar_t* functionName,
-                       uint32_t lineNumber);
+    IExceptionLocation(const wchar_t* fileName, const wchar_t* functionName, uint32_t lineNumber);
     IExceptionLocation(const IExceptionLocation& other);
     IExceptionLocation& operator=(const IExceptionLocation& other);
     ~IExceptionLocation();
@@ -32,6 +31,6 @@ public:
 
     struct Record;  ///< opaque
 
-private:
+  private:
     Record* ivRecord;
 };

@@ -14,7 +14,7 @@
 #include "qarq/export.hpp"
 
 class QARQ_API IMRefCounted {
-public:
+  public:
     virtual ~IMRefCounted();
 
     void addRef() { refs.fetch_add(1, std::memory_order_relaxed); }
@@ -26,11 +26,11 @@ public:
     }
     uint32_t useCount() const { return refs.load(std::memory_order_relaxed); }
 
-protected:
+  protected:
     IMRefCounted() : refs(0) {}
     IMRefCounted(const IMRefCounted&) : refs(0) {}
     IMRefCounted& operator=(const IMRefCounted&) { return *this; }
 
-private:
+  private:
     std::atomic<uint32_t> refs;
 };

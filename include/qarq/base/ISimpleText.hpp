@@ -15,7 +15,7 @@
 #include "qarq/export.hpp"
 
 class QARQ_API ISimpleText {
-public:
+  public:
     enum Form { narrow = 0, wide = 1 };
 
     /// Null text, code set -1.
@@ -48,7 +48,7 @@ public:
     /// Characters of the held form; -1 for a bad multi-byte sequence.
     long charCount() const;
 
-private:
+  private:
     void release();
     void convertTo(int form);
 

@@ -12,16 +12,16 @@
 class IStaticObjectList;
 
 class QARQ_API IStaticObject {
-public:
+  public:
     /// Registers this object with the process-wide list.
     IStaticObject();
     virtual ~IStaticObject();
 
-protected:
+  protected:
     /// Registers this object with `list` instead (a list of its own).
     explicit IStaticObject(IStaticObjectList& list);
 
-private:
+  private:
     IStaticObject(const IStaticObject&);
     IStaticObject& operator=(const IStaticObject&);
 };

@@ -27,14 +27,14 @@
 class IStringTest;
 
 class QARQ_API IString {
-public:
+  public:
     IString();
     IString(const IString& other) : ivBuffer(other.ivBuffer) {
         IBuffer::fromContents(ivBuffer)->addRef();
     }
-    IString(const char* text);                 // NOLINT: implicit on purpose
-    IString(const unsigned char* text);        // NOLINT
-    IString(const signed char* text);          // NOLINT
+    IString(const char* text);           // NOLINT: implicit on purpose
+    IString(const unsigned char* text);  // NOLINT
+    IString(const signed char* text);    // NOLINT
     IString(const void* data, unsigned length, char padChar = ' ');
     IString(const void* data1, unsigned length1, const void* data2, unsigned length2,
             char padChar = ' ');
@@ -120,14 +120,14 @@ public:
     /// decimalToBytes, then asHexText.
     IString decimalToHexText() const;
 
-protected:
+  protected:
     /// Makes a new buffer of the current buffer's class from the pieces and
     /// stores it. The old buffer is not released: that is the caller's duty.
     IString& initBuffer(const void* p1, unsigned n1, const void* p2 = nullptr, unsigned n2 = 0,
                         const void* p3 = nullptr, unsigned n3 = 0, char padChar = ' ');
     IBuffer* buffer() const { return IBuffer::fromContents(ivBuffer); }
 
-private:
+  private:
     // Puts `next` (one reference, already owned) in place and releases the
     // old buffer, also when the caller throws before it gets here.
     void replaceBuffer(IBuffer* next);

@@ -10,7 +10,7 @@
 #include "qarq/export.hpp"
 
 class QARQ_API IStringTest {
-public:
+  public:
     using CFunction = int (*)(int);
 
     explicit IStringTest(CFunction fn) : kind(fn != nullptr ? 1 : 0), fn(fn) {}
@@ -19,7 +19,7 @@ public:
     /// fn(c) != 0 for a C function; false for any other kind.
     virtual bool test(int c) const;
 
-private:
+  private:
     int32_t kind;
     CFunction fn;
 };

@@ -11,7 +11,7 @@
 #include "qarq/export.hpp"
 
 class QARQ_API IVBase : public IBase {
-public:
+  public:
     virtual ~IVBase();
     /// "IVBase object" here.
     virtual IString asString() const;

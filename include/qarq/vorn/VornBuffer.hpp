@@ -22,7 +22,7 @@
 #include "qarq/export.hpp"
 
 class QARQ_API VornBuffer : public IVBase {
-public:
+  public:
     VornBuffer(const VornBuffer& other);
     VornBuffer& operator=(const VornBuffer& other);
     ~VornBuffer() override;
@@ -45,7 +45,7 @@ public:
     IString asString() const override;
     IString asDebugInfo() const override;
 
-protected:
+  protected:
     explicit VornBuffer(char* buffer = nullptr, unsigned length = 0);
 
     /// Makes room for `count` more bytes from the position (puts).
@@ -68,7 +68,7 @@ protected:
     /// The text of this part alone, whatever the dynamic class.
     IString bufferDebugInfo() const;
 
-private:
+  private:
     char* buffer_;
     char* next_;
     uint32_t length_;

@@ -5,14 +5,13 @@
 // asString and its asDebugInfo.
 #pragma once
 
-#include "qarq/vorn/VornExcBase.hpp"
 #include "qarq/export.hpp"
+#include "qarq/vorn/VornExcBase.hpp"
 
 class VornBuffer;
 
 class QARQ_API VornBufferExcOverrun : public VornExcBase {
-public:
-    VornBufferExcOverrun(const VornBuffer& buffer,
-                         const IExceptionLocation& location);
+  public:
+    VornBufferExcOverrun(const VornBuffer& buffer, const IExceptionLocation& location);
     const char* name() const override;
 };

@@ -17,19 +17,19 @@
 #include "qarq/export.hpp"
 
 class QARQ_API VornExcBase : public IException {
-public:
-    static const uint32_t defId;             ///< 0
-    static const IException::Severity defSev; ///< recoverable
-    static const char* const msgSpacing;     ///< "\n"
-    static const char* const begItem;        ///< "["
-    static const char* const endItem;        ///< "] "
-    static const char* const funcTrunc;      ///< ".."
-    static const char* const funcIn;         ///< ":"
-    static const char* const tExc;           ///< ", Exc: "
-    static const char* const tId;            ///< "Id: "
-    static const char* const tRec;           ///< ", Rec?: "
-    static const char* const tText;          ///< "Text"
-    static const char* const tLoc;           ///< "Loc"
+  public:
+    static const uint32_t defId;               ///< 0
+    static const IException::Severity defSev;  ///< recoverable
+    static const char* const msgSpacing;       ///< "\n"
+    static const char* const begItem;          ///< "["
+    static const char* const endItem;          ///< "] "
+    static const char* const funcTrunc;        ///< ".."
+    static const char* const funcIn;           ///< ":"
+    static const char* const tExc;             ///< ", Exc: "
+    static const char* const tId;              ///< "Id: "
+    static const char* const tRec;             ///< ", Rec?: "
+    static const char* const tText;            ///< "Text"
+    static const char* const tLoc;             ///< "Loc"
 
     ~VornExcBase() override;
 
@@ -59,7 +59,7 @@ public:
     const char* name() const override;
     const wchar_t* wideName() const override;
 
-protected:
+  protected:
     explicit VornExcBase(const IString& text = IString(""), uint32_t id = defId,
                          IException::Severity sev = defSev);
     VornExcBase(const VornExcBase& other);

@@ -5,15 +5,14 @@
 // asString and its asDebugInfo.
 #pragma once
 
-#include "qarq/vorn/VornExcBase.hpp"
 #include "qarq/export.hpp"
+#include "qarq/vorn/VornExcBase.hpp"
 
 class VornBuffer;
 
 class QARQ_API VornJavaExcReadBadType : public VornExcBase {
-public:
-    VornJavaExcReadBadType(unsigned short read, unsigned short expected1,
-                                        unsigned short expected2, const VornBuffer& buffer,
-                                        const IExceptionLocation& location);
+  public:
+    VornJavaExcReadBadType(unsigned short read, unsigned short expected1, unsigned short expected2,
+                           const VornBuffer& buffer, const IExceptionLocation& location);
     const char* name() const override;
 };

@@ -19,7 +19,7 @@
 #include "qarq/vorn/VornTraceWord.hpp"
 
 class QARQ_API VornJavaRead : public VornBuffer {
-public:
+  public:
     explicit VornJavaRead(char* buffer = nullptr, unsigned length = 0);
     VornJavaRead(const VornJavaRead& other);
     VornJavaRead& operator=(const VornJavaRead& other);
@@ -65,13 +65,12 @@ public:
 
     /// Returns when `read` is `expected1`, or a non-zero `expected2`; a read
     /// tag of 0 never passes. Otherwise logs and raises VornJavaExcReadBadType.
-    void assertTypeRead(unsigned short read, unsigned short expected1,
-                        unsigned short expected2);
+    void assertTypeRead(unsigned short read, unsigned short expected1, unsigned short expected2);
 
     IString asString() const override;
     IString asDebugInfo() const override;
 
-private:
+  private:
     short read16Bits();
     int read32Bits();
     // Steps over the tag and `count` payload bytes when they lie in the block

@@ -16,7 +16,7 @@
 #include "qarq/vorn/VornTraceWord.hpp"
 
 class QARQ_API VornJavaWrite : public VornBuffer {
-public:
+  public:
     explicit VornJavaWrite(char* buffer = nullptr, unsigned length = 0);
     VornJavaWrite(const VornJavaWrite& other);
     VornJavaWrite& operator=(const VornJavaWrite& other);
@@ -64,8 +64,7 @@ public:
     }
     /// 1 for any non-zero value.
     VornJavaWrite& writeBoolean(int value) {
-        return quickByte(VORNJAVA_BOOLEAN, value != 0 ? 1 : 0) ? *this
-                                                               : writeBooleanTraced(value);
+        return quickByte(VORNJAVA_BOOLEAN, value != 0 ? 1 : 0) ? *this : writeBooleanTraced(value);
     }
     /// Bare fields, no tag.
     void writeType(unsigned short type);
@@ -75,7 +74,7 @@ public:
     IString asString() const override;
     IString asDebugInfo() const override;
 
-private:
+  private:
     void write16Bits(short value);
     void write32Bits(int value);
 
