@@ -36,7 +36,7 @@ std::string utf8(uint32_t v) {
     return s;
 }
 
-// About 256 KB of prose; roughly one letter in fifty accented.
+// About 256 KB of prose; one letter in fifty accented.
 std::string prose() {
     static const char* const words[] = {
         "the",     "server",   "reports", "topology", "of",      "network", "and",
@@ -48,14 +48,9 @@ std::string prose() {
     std::string text;
     while (text.size() < (256u << 10)) {
         std::string word = words[rng() % (sizeof words / sizeof *words)];
-        for (char& c : word) {
-            (void)c;
-            if (rng() % 100 < 4) {  // two letters of an average word
-                size_t at = size_t(&c - word.data());
-                word.replace(at, 1, utf8(accents[rng() % 10]));
-                break;
-            }
-        }
+        std::string accented;
+        for (char c : word) accented += rng() % 50 == 0 ? utf8(accents[rng() % 10]) : std::string(1, c);
+        word = accented;
         if (rng() % 8 == 0) word[0] = char(std::toupper(static_cast<unsigned char>(word[0])));
         text += word;
         unsigned r = rng() % 20;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "vorn/VornNlsSimd.hpp"
 #include "vorn/VornNlsTable.hpp"
 
 namespace qarq::vorn::nls {
@@ -80,39 +81,41 @@ inline char* put4(char* out, uint32_t e) {
     return out + (e >> 24);
 }
 
-/// Single bytes through the packed table `t`. With kAsciiRuns, runs of bytes
-/// below 0x80 are copied eight at a time (their forms are the bytes
-/// themselves); otherwise eight table forms of one byte each are combined
-/// into one store. Every source byte writes a character, so the four-byte
-/// stores of put4 are safe while three more source bytes follow and the
-/// target has room for them (9 bytes) beyond the stores of this step.
+/// Single bytes through the derived table `d`, eight at a time: the eight
+/// one-byte forms (for the ASCII family, bytes below 0x80 are their own) are
+/// stored at once, and where a byte has a wider form the step ends at it and
+/// writes it with put4. Every source byte writes at least one byte, so what
+/// the eight-byte store or put4 leaves behind the output (at most 7 - k
+/// bytes when the wider byte is the k-th) is covered by the bytes of the
+/// at least 10 - k source bytes that follow, for which the room is there;
+/// the count returned never includes it, and nothing is left behind it.
 template <bool kAsciiRuns>
-inline char* sbcsToUtf8(const uint32_t* t, const unsigned char* s, const unsigned char* se,
+inline char* sbcsToUtf8(const Derived* d, const unsigned char* s, const unsigned char* se,
                         char* out, char* end) {
+    if (kAsciiRuns && haveAvx2()) asciiSbcsToUtf8Avx2(d, s, se, out, end);
+    const uint32_t* t = d->toUtf8;
+    const uint8_t* b = d->single;
     while (se - s >= 8 + 3 && end - out >= 8 * 3 + 1 + 9) {
+        uint64_t w;
         if (kAsciiRuns) {
-            uint64_t w = load8(s);
-            if ((w & kHighBits) == 0) {
-                store8(out, w);
-                s += 8;
-                out += 8;
-                continue;
-            }
+            w = load8(s);
         } else {
-            uint32_t e0 = t[s[0]], e1 = t[s[1]], e2 = t[s[2]], e3 = t[s[3]];
-            uint32_t e4 = t[s[4]], e5 = t[s[5]], e6 = t[s[6]], e7 = t[s[7]];
-            if (((e0 | e1 | e2 | e3 | e4 | e5 | e6 | e7) & kMultiByte) == 0) {
-                uint64_t w = uint64_t(e0 & 0xFF) | uint64_t(e1 & 0xFF) << 8 |
-                             uint64_t(e2 & 0xFF) << 16 | uint64_t(e3 & 0xFF) << 24 |
-                             uint64_t(e4 & 0xFF) << 32 | uint64_t(e5 & 0xFF) << 40 |
-                             uint64_t(e6 & 0xFF) << 48 | uint64_t(e7 & 0xFF) << 56;
-                store8(out, w);
-                s += 8;
-                out += 8;
-                continue;
-            }
+            // A wider form shows as 0x80 in the byte table.
+            w = uint64_t(b[s[0]]) | uint64_t(b[s[1]]) << 8 | uint64_t(b[s[2]]) << 16 |
+                uint64_t(b[s[3]]) << 24 | uint64_t(b[s[4]]) << 32 | uint64_t(b[s[5]]) << 40 |
+                uint64_t(b[s[6]]) << 48 | uint64_t(b[s[7]]) << 56;
         }
-        for (int i = 0; i < 8; ++i) out = put4(out, t[*s++]);
+        store8(out, w);
+        uint64_t wide = w & kHighBits;
+        if (wide == 0) {
+            s += 8;
+            out += 8;
+            continue;
+        }
+        unsigned k = unsigned(__builtin_ctzll(wide)) / 8;
+        s += k;
+        out += k;
+        out = put4(out, t[*s++]);
     }
     while (se - s >= 1 + 3 && end - out >= 4 + 9) out = put4(out, t[*s++]);
     while (s < se && out < end) {

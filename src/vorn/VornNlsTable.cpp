@@ -174,6 +174,7 @@ void buildDerived(const unsigned char* image, size_t size, void* out) {
             e = packUtf8(b);  // kinds without an engine pass bytes through
         }
         d->toUtf8[b] = e;
+        d->single[b] = (e >> 24) == 1 ? uint8_t(e) : 0x80;
     }
     if (kind == 1) {
         auto* map = reinterpret_cast<uint8_t*>(d + 1);

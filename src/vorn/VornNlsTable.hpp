@@ -7,7 +7,8 @@
 // entry from 0x80 up is 0. The loader then appends derived lookup data to
 // the same block, behind the image (aligned to 16 bytes), so that freeing the
 // image frees everything:
-//   all kinds 1-4: 256 packed UTF-8 forms of single bytes (1 KiB)
+//   all kinds 1-4: 256 packed UTF-8 forms of single bytes and their one-byte
+//                  forms (1.3 KiB)
 //   kind 1: a direct UCS-2 -> byte map with the substitution rule applied (64 KiB)
 //   kinds 2, 4: a direct UCS-2 -> 16-bit entry map, no mapping already turned
 //               into the code set's question mark (128 KiB)
@@ -66,6 +67,10 @@ struct Derived {
     uint16_t kind;
     uint16_t scheme;
     uint32_t toUtf8[256];
+    // The one-byte form of each byte, or 0x80 (never a one-byte UTF-8 form)
+    // where the form is longer or there is none: lets vector code convert
+    // runs of one-byte characters with byte shuffles.
+    uint8_t single[256];
     // kind 1: uint8_t fromByte[65536]; kinds 2, 4: uint16_t fromWord[65536]
 };
 

@@ -18,7 +18,7 @@ char* vornnls4_ascii_sbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char*
                                   const unsigned char* sourceEnd, char* target,
                                   char* targetEnd) {
     VORNNLS4_ENTRY("vornnls4_ascii_sbcs_to_utf8");
-    return nls::sbcsToUtf8<true>(nls::derivedOf(cs)->toUtf8, source, sourceEnd, target,
+    return nls::sbcsToUtf8<true>(nls::derivedOf(cs), source, sourceEnd, target,
                                  targetEnd);
 }
 

@@ -31,7 +31,7 @@ char* vornnls5_ebcdic_sbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
                                    const unsigned char* sourceEnd, char* target,
                                    char* targetEnd) {
     VORNNLS5_ENTRY("vornnls5_ebcdic_sbcs_to_utf8");
-    return nls::sbcsToUtf8<false>(nls::derivedOf(cs)->toUtf8, source, sourceEnd, target,
+    return nls::sbcsToUtf8<false>(nls::derivedOf(cs), source, sourceEnd, target,
                                   targetEnd);
 }
 
