@@ -6,3 +6,7 @@
 #include "qarq/base/Os.hpp"
 #include "qarq/ras/MessageCatalogue.hpp"
 #include "qarq/ras/qarzras.hpp"
+#include "qarq/vorn/vornnls1.hpp"
+#include "qarq/vorn/vornnls2.hpp"
+#include "qarq/vorn/vornnls3.hpp"
+#include "qarq/vorn/vornnls6.hpp"

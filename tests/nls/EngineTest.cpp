@@ -7,6 +7,7 @@
 #include "ReferenceEngines.hpp"
 #include "TestTables.hpp"
 #include "qarq/vorn/vornnls3.hpp"
+#include "vorn/VornTrace.hpp"
 
 namespace {
 
@@ -144,6 +145,41 @@ TEST_F(Engines, EntryPointsTerminateANulTerminatedSource) {
     // Null source and null target are empty and no room.
     EXPECT_EQ(vornnls3_tis_to_utf8(ascii.get(), nullptr, -1, out, sizeof out), 1u);
     EXPECT_EQ(vornnls3_tis_to_utf8(ascii.get(), "abc", 3, nullptr, 10), 0u);
+}
+
+TEST_F(Engines, TargetsOfZeroOneAndTwoBytesHoldOnlyWholeCharacters) {
+    // Three UTF-8 bytes, two, one: each fits only when all of it does.
+    for (unsigned room : {0u, 1u, 2u}) {
+        EXPECT_EQ(toUtf8(ebcdic.get(), "\x9F", room), "") << room;
+        EXPECT_EQ(toUtf8(ebcdic.get(), "\x51", room), room == 2 ? "\xC3\xA9" : "") << room;
+        EXPECT_EQ(toUtf8(ebcdic.get(), "\xC1\xC1\xC1", room), std::string(room, 'A')) << room;
+        EXPECT_EQ(toUtf8(shifted.get(), "\x0E\x42\x41", room), "") << room;
+        EXPECT_EQ(fromUtf8(dbcs.get(), "\xE3\x81\x82", room), room == 2 ? "\x82\xA0" : "");
+        EXPECT_EQ(fromUtf8(mbcs.get(), "\xE4\xB8\x82", room), "") << room;
+        // Kind 4 needs three bytes for a shift-out and a pair.
+        EXPECT_EQ(fromUtf8(shifted.get(), "\xE3\x81\x82", room), "") << room;
+    }
+}
+
+TEST_F(Engines, EntryAndExitAreTracedWhenTheGateIsOpen) {
+    struct Seen {
+        std::vector<std::pair<std::string, int>> points;
+        static void sink(const HeskRecord* r, void* context) {
+            if (r->kind == HESK_RECORD_TRACE)
+                static_cast<Seen*>(context)->points.emplace_back(r->function, r->traceKind);
+        }
+    } seen;
+    TraceControl open = {HESK_MASK_ENTRY | HESK_MASK_EXIT, 3};
+    TraceControl* saved = qarq::vorn::traceControl();
+    qarq::vorn::traceControl() = &open;
+    HeskSinkAdd(&Seen::sink, &seen);
+    toUtf8(ebcdic.get(), "\xC1");
+    HeskSinkRemove(&Seen::sink, &seen);
+    qarq::vorn::traceControl() = saved;
+    using P = std::pair<std::string, int>;
+    EXPECT_EQ(seen.points, (std::vector<P>{{"vornnls3_tis_to_utf8", HESK_TRACE_ENTRY},
+                                           {"vornnls5_ebcdic_sbcs_to_utf8", HESK_TRACE_ENTRY},
+                                           {"vornnls3_tis_to_utf8", HESK_TRACE_EXIT}}));
 }
 
 TEST_F(Engines, ARecordWhoseTableWasFreedPassesThrough) {
