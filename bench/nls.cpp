@@ -122,9 +122,9 @@ struct Case {
 
 Case& find(const char* table) {
     static std::vector<Case> cases = [] {
-        std::vector<Case> c = {{"37", "CP037", "ibm-37", false, {}, {}},
+        std::vector<Case> c = {{"37", "CP037", "cp037", false, {}, {}},
                                {"1252", "CP1252", "windows-1252", false, {}, {}},
-                               {"930", "CP930", "ibm-930", true, {}, {}}};
+                               {"930", "CP930", "cp930", true, {}, {}}};
         for (Case& k : c) {
             k.utf8Text = k.japanese ? japanese() : prose();
             k.codeText = viaIconv(k.utf8Text, k.iconvName, "UTF-8");

@@ -69,7 +69,7 @@ private:
 };
 
 /// Kind 1: toUcs[b] per byte (0xFFFF none), fromUcs the reverse map.
-struct SbcsSpec {
+struct SbcsMaps {
     bool ebcdic = false;
     uint16_t toUcs[256];
     std::map<uint16_t, uint8_t> fromUcs;
@@ -77,16 +77,16 @@ struct SbcsSpec {
     uint16_t subUnicode = 0x3F;
 };
 
-inline UcvImage buildSbcs(const SbcsSpec& spec) {
-    UcvImage t(1, spec.ebcdic ? 0x1100 : 0);
-    t.subByte(spec.subByte);
-    t.subUnicode(spec.subUnicode);
-    for (unsigned b = 0; b < 256; ++b) t.toFirst(b, spec.toUcs[b]);
-    uint16_t empty = t.alloc(256, uint16_t(spec.subByte | spec.subByte << 8));
+inline UcvImage buildSbcs(const SbcsMaps& maps) {
+    UcvImage t(1, maps.ebcdic ? 0x1100 : 0);
+    t.subByte(maps.subByte);
+    t.subUnicode(maps.subUnicode);
+    for (unsigned b = 0; b < 256; ++b) t.toFirst(b, maps.toUcs[b]);
+    uint16_t empty = t.alloc(256, uint16_t(maps.subByte | maps.subByte << 8));
     std::map<unsigned, uint16_t> pages;
-    for (auto [u, b] : spec.fromUcs) {
+    for (auto [u, b] : maps.fromUcs) {
         unsigned hi = u >> 8;
-        if (!pages.count(hi)) pages[hi] = t.alloc(256, uint16_t(spec.subByte | spec.subByte << 8));
+        if (!pages.count(hi)) pages[hi] = t.alloc(256, uint16_t(maps.subByte | maps.subByte << 8));
         t.set8(t.byteOf(pages[hi]) + (u & 0xFF), b);
     }
     for (unsigned hi = 0; hi < 256; ++hi) t.fromPage(hi, pages.count(hi) ? pages[hi] : empty);
@@ -95,7 +95,7 @@ inline UcvImage buildSbcs(const SbcsSpec& spec) {
 
 /// Kinds 2 and 4: byteClass (kind 2), the single-byte row, pairs by
 /// (lead << 8 | trail), and the reverse map to 16-bit entries.
-struct DbcsSpec {
+struct DbcsMaps {
     uint16_t kind = 2;
     uint8_t byteClass[256] = {};
     uint16_t single[256];
@@ -103,16 +103,16 @@ struct DbcsSpec {
     std::map<uint16_t, uint16_t> fromUcs;
 };
 
-inline UcvImage buildDbcs(const DbcsSpec& spec) {
-    UcvImage t(spec.kind);
-    for (unsigned b = 0; b < 256; ++b) t.byteClass(b, spec.byteClass[b]);
+inline UcvImage buildDbcs(const DbcsMaps& maps) {
+    UcvImage t(maps.kind);
+    for (unsigned b = 0; b < 256; ++b) t.byteClass(b, maps.byteClass[b]);
     uint16_t row0 = t.alloc(512, 0xFFFF);
-    for (unsigned b = 0; b < 256; ++b) t.set16(t.byteOf(row0) + 2 * b, spec.single[b]);
+    for (unsigned b = 0; b < 256; ++b) t.set16(t.byteOf(row0) + 2 * b, maps.single[b]);
     uint16_t emptyRow = t.alloc(512, 0xFFFF);
     for (unsigned b = 1; b < 256; ++b) t.toFirst(b, emptyRow);
     t.toFirst(0, row0);
     std::map<unsigned, uint16_t> rows;
-    for (auto [pr, u] : spec.pairs) {
+    for (auto [pr, u] : maps.pairs) {
         unsigned lead = pr >> 8;
         if (!rows.count(lead)) {
             rows[lead] = t.alloc(512, 0xFFFF);
@@ -122,7 +122,7 @@ inline UcvImage buildDbcs(const DbcsSpec& spec) {
     }
     uint16_t empty = t.alloc(512, 0xFFFF);
     std::map<unsigned, uint16_t> pages;
-    for (auto [u, w] : spec.fromUcs) {
+    for (auto [u, w] : maps.fromUcs) {
         unsigned hi = u >> 8;
         if (!pages.count(hi)) pages[hi] = t.alloc(512, 0xFFFF);
         t.set16(t.byteOf(pages[hi]) + 2 * (u & 0xFF), w);
@@ -134,7 +134,7 @@ inline UcvImage buildDbcs(const DbcsSpec& spec) {
 /// Kind 3: byteClass (length of a sequence, 255 dropped), class-1 values,
 /// multi-byte sequences, and the reverse map to byte strings (1 byte, or a
 /// prefix and two final bytes).
-struct MbcsSpec {
+struct MbcsMaps {
     uint8_t byteClass[256] = {};
     uint16_t single[256] = {};
     std::map<std::string, uint16_t> sequences;
@@ -172,25 +172,25 @@ inline uint16_t writeNode(UcvImage& t, const std::map<std::string, uint16_t>& gr
 }
 }  // namespace detail
 
-inline UcvImage buildMbcs(const MbcsSpec& spec) {
+inline UcvImage buildMbcs(const MbcsMaps& maps) {
     UcvImage t(3);
     for (unsigned b = 0; b < 256; ++b) {
-        t.byteClass(b, spec.byteClass[b]);
-        if (spec.byteClass[b] == 1) t.toFirst(b, spec.single[b]);
+        t.byteClass(b, maps.byteClass[b]);
+        if (maps.byteClass[b] == 1) t.toFirst(b, maps.single[b]);
     }
     // A lead byte with no sequences still needs a node: an empty one.
     uint16_t emptyNode = t.alloc(4, 0);
     for (unsigned b = 0x80; b < 256; ++b) {
-        if (spec.byteClass[b] < 2 || spec.byteClass[b] == 255) continue;
+        if (maps.byteClass[b] < 2 || maps.byteClass[b] == 255) continue;
         std::map<std::string, uint16_t> group;
-        for (auto& [seq, u] : spec.sequences)
-            if (uint8_t(seq[0]) == b && seq.size() == spec.byteClass[b]) group[seq] = u;
+        for (auto& [seq, u] : maps.sequences)
+            if (uint8_t(seq[0]) == b && seq.size() == maps.byteClass[b]) group[seq] = u;
         t.toFirst(b, group.empty() ? emptyNode : detail::writeNode(t, group, 1));
     }
     // Prefix entries of 16 bytes at data byte 16 * index.
     while ((t.bytes().size() - t.dataOffset()) % 16 != 0) t.alloc(4);
     std::map<std::string, uint16_t> prefixes;
-    for (auto& [u, bytes] : spec.fromUcs) {
+    for (auto& [u, bytes] : maps.fromUcs) {
         if (bytes.size() < 2) continue;
         std::string prefix = bytes.substr(0, bytes.size() - 2);
         if (prefixes.count(prefix)) continue;
@@ -201,7 +201,7 @@ inline UcvImage buildMbcs(const MbcsSpec& spec) {
     }
     uint16_t empty = t.alloc(1024, 0xFFFF);
     std::map<unsigned, uint16_t> pages;
-    for (auto& [u, bytes] : spec.fromUcs) {
+    for (auto& [u, bytes] : maps.fromUcs) {
         unsigned hi = u >> 8;
         if (!pages.count(hi)) pages[hi] = t.alloc(1024, 0xFFFF);
         size_t entry = t.byteOf(pages[hi]) + 4 * (u & 0xFF);

@@ -13,7 +13,7 @@ namespace qarq::test {
 /// An ASCII-family SBCS: ASCII identity, 0x80 -> U+20AC, 0xA0-0xFF -> Latin-1,
 /// 0x81 unmapped; '?' is the substitution byte and truly maps to U+003F.
 inline UcvImage asciiSbcs() {
-    SbcsSpec s;
+    SbcsMaps s;
     for (unsigned b = 0; b < 256; ++b) s.toUcs[b] = b < 0x80 || b >= 0xA0 ? b : 0xFFFF;
     s.toUcs[0x80] = 0x20AC;
     for (unsigned b = 0; b < 256; ++b)
@@ -26,7 +26,7 @@ inline UcvImage asciiSbcs() {
 /// An EBCDIC SBCS: letters, digits, blank and a few signs at their EBCDIC
 /// places; 0x3F is the substitution byte and truly maps to U+001A.
 inline UcvImage ebcdicSbcs() {
-    SbcsSpec s;
+    SbcsMaps s;
     s.ebcdic = true;
     for (auto& u : s.toUcs) u = 0xFFFF;
     auto map = [&](unsigned b, uint16_t u) {
@@ -63,7 +63,7 @@ inline UcvImage ebcdicSbcs() {
 /// single bytes as ebcdicSbcs plus pairs). Pair (0x42, 0x41) or (0x82, 0xA0)
 /// is U+3042; (0x42, 0x42) / (0x82, 0xA1) is U+00E9 with two UTF-8 bytes.
 inline UcvImage sampleDbcs(uint16_t kind) {
-    DbcsSpec d;
+    DbcsMaps d;
     d.kind = kind;
     for (auto& u : d.single) u = 0xFFFF;
     if (kind == 2) {
@@ -95,7 +95,7 @@ inline UcvImage sampleDbcs(uint16_t kind) {
 /// An EUC-JP-like kind 3: 0x8E + 1 byte (2 bytes), 0xA1-0xFE + 1 byte,
 /// 0x8F + 2 bytes (3 bytes), 0x80 dropped, 0xA0 a class-1 byte (U+00A0).
 inline UcvImage sampleMbcs() {
-    MbcsSpec m;
+    MbcsMaps m;
     for (unsigned b = 0x80; b < 256; ++b) m.byteClass[b] = 2;
     m.byteClass[0x80] = 255;
     m.byteClass[0xFF] = 255;
@@ -131,7 +131,7 @@ inline uint16_t randomValue(std::mt19937& rng) {
 /// whose reverse map inverts part of its forward map.
 inline UcvImage randomTable(uint16_t kind, bool ebcdic, std::mt19937& rng) {
     if (kind == 1) {
-        SbcsSpec s;
+        SbcsMaps s;
         s.ebcdic = ebcdic;
         for (unsigned b = 0; b < 256; ++b) {
             s.toUcs[b] = randomValue(rng);
@@ -143,7 +143,7 @@ inline UcvImage randomTable(uint16_t kind, bool ebcdic, std::mt19937& rng) {
         return buildSbcs(s);
     }
     if (kind == 2 || kind == 4) {
-        DbcsSpec d;
+        DbcsMaps d;
         d.kind = kind;
         for (unsigned b = 0; b < 256; ++b) {
             d.single[b] = randomValue(rng);
@@ -162,7 +162,7 @@ inline UcvImage randomTable(uint16_t kind, bool ebcdic, std::mt19937& rng) {
         d.fromUcs[0x0F] = 0x0F;
         return buildDbcs(d);
     }
-    MbcsSpec m;
+    MbcsMaps m;
     for (unsigned b = 0x80; b < 256; ++b) {
         unsigned r = rng() % 10;
         m.byteClass[b] = uint8_t(r < 2 ? 1 : r < 3 ? 255 : r < 8 ? 2 : r < 9 ? 3 : 4);
