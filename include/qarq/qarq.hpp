@@ -27,3 +27,7 @@
 #include "qarq/vorn/VornJavaWrite.hpp"
 #include "qarq/vorn/VornBufferExcOverrun.hpp"
 #include "qarq/vorn/VornJavaExcReadBadType.hpp"
+#include "qarq/vorn/vornnls1.hpp"
+#include "qarq/vorn/vornnls2.hpp"
+#include "qarq/vorn/vornnls3.hpp"
+#include "qarq/vorn/vornnls6.hpp"
