@@ -6,3 +6,5 @@
 #include "qarq/base/Os.hpp"
 #include "qarq/ras/MessageCatalogue.hpp"
 #include "qarq/ras/qarzras.hpp"
+#include "qarq/vorn/VornDbcs.hpp"
+#include "qarq/vorn/VornDbcsCompare.hpp"
