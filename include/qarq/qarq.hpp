@@ -8,3 +8,4 @@
 #include "qarq/ras/qarzras.hpp"
 #include "qarq/vorn/VornDbcs.hpp"
 #include "qarq/vorn/VornDbcsCompare.hpp"
+#include "qarq/vorn/VornNlsPEng.hpp"
