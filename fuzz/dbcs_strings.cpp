@@ -57,9 +57,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
 
     VornDbcsIsCodePageSingleByte = (control & 1) != 0 ? 1 : 0;
-    const unsigned char ranges[][6] = {
-        {0x80, 0xFF, 0, 0, 0, 0}, {0x81, 0x9F, 0xE0, 0xFC, 0, 0}, {0, 0, 0, 0, 0, 0},
-        {0x01, 0xFF, 0, 0, 0, 0}};
+    const unsigned char ranges[][6] = {{0x80, 0xFF, 0, 0, 0, 0},
+                                       {0x81, 0x9F, 0xE0, 0xFC, 0, 0},
+                                       {0, 0, 0, 0, 0, 0},
+                                       {0x01, 0xFF, 0, 0, 0, 0}};
     const unsigned char* chosen = ranges[(control >> 1) & 3];
     qarq::vorn::dbcs::setLeadRanges(chosen);
 
@@ -112,8 +113,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     {
         Block copy(pieces[0], width % 64);
-        VornDbcs_dice_msg_text(copy.data, width % 40, static_cast<unsigned>(copy.size),
-                               set.data, pattern.data);
+        VornDbcs_dice_msg_text(copy.data, width % 40, static_cast<unsigned>(copy.size), set.data,
+                               pattern.data);
         if (std::strlen(copy.data) >= copy.size) {
             std::abort();
         }

@@ -9,3 +9,4 @@
 #include "qarq/vorn/VornDbcs.hpp"
 #include "qarq/vorn/VornDbcsCompare.hpp"
 #include "qarq/vorn/VornNlsPEng.hpp"
+#include "qarq/vorn/VornNlsTranslateCp.hpp"

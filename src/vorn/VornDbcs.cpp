@@ -30,11 +30,11 @@ const unsigned char kWide[] = {0x81, 0xFE, 0, 0};
 // Double-byte codesets of the process locale and their lead bytes. Every
 // other codeset (UTF-8 and the single-byte ones among them) has none.
 const CodesetRanges kCodesets[] = {
-    {"SJIS", kShiftJis},     {"SHIFTJIS", kShiftJis}, {"CP932", kShiftJis},
-    {"WINDOWS31J", kShiftJis}, {"MSKANJI", kShiftJis}, {"GBK", kWide},
-    {"CP936", kWide},        {"GB2312", kWide},       {"EUCCN", kWide},
-    {"GB18030", kWide},      {"UHC", kWide},          {"CP949", kWide},
-    {"EUCKR", kWide},        {"BIG5", kWide},         {"BIG5HKSCS", kWide},
+    {"SJIS", kShiftJis},       {"SHIFTJIS", kShiftJis}, {"CP932", kShiftJis},
+    {"WINDOWS31J", kShiftJis}, {"MSKANJI", kShiftJis},  {"GBK", kWide},
+    {"CP936", kWide},          {"GB2312", kWide},       {"EUCCN", kWide},
+    {"GB18030", kWide},        {"UHC", kWide},          {"CP949", kWide},
+    {"EUCKR", kWide},          {"BIG5", kWide},         {"BIG5HKSCS", kWide},
     {"CP950", kWide},
 };
 
@@ -221,7 +221,9 @@ void copyPart(char* to, const char* from, size_t length) {
     }
 }
 
-uint32_t traced(size_t value) { return static_cast<uint32_t>(value); }
+uint32_t traced(size_t value) {
+    return static_cast<uint32_t>(value);
+}
 
 }  // namespace
 
@@ -242,8 +244,8 @@ int VornDbcsInit(void) {
 }
 
 int VornDbcsByteType(const char* text, int index) {
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornDbcsByteType",
-                     qarq::ras::pair(text), qarq::ras::pair(index));
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornDbcsByteType", qarq::ras::pair(text),
+                     qarq::ras::pair(index));
     ensureInit();
     // The public answer for an index outside the text is a plain single byte:
     // the test callers make is "lead or trail", which such a byte is not.
@@ -309,8 +311,8 @@ char* VornDbcs_strpbrk(const char* text, const char* set) {
 }
 
 size_t VornDbcs_strlastchr(const char* text, const char* set) {
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornDbcs_strlastchr",
-                     qarq::ras::pair(text), qarq::ras::pair(set));
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornDbcs_strlastchr", qarq::ras::pair(text),
+                     qarq::ras::pair(set));
     ensureInit();
     const ptrdiff_t at = lastIn(text, set);
     const size_t index = at < 0 ? std::strlen(text) : static_cast<size_t>(at);
@@ -397,8 +399,7 @@ char* VornDbcs_strstr(const char* text, const char* pattern) {
 
 void VornDbcs_splitpath(const char* path, char* drive, char* directory, char* name,
                         char* extension) {
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornDbcs_splitpath",
-                     qarq::ras::pair(path));
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornDbcs_splitpath", qarq::ras::pair(path));
     ensureInit();
     for (char* part : {drive, directory, name, extension}) {
         if (part != nullptr) {
@@ -437,9 +438,8 @@ void VornDbcs_splitpath(const char* path, char* drive, char* directory, char* na
             copyPart(name, rest, restLength);
         }
     }
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornDbcs_splitpath",
-                     qarq::ras::pair(drive), qarq::ras::pair(directory), qarq::ras::pair(name),
-                     qarq::ras::pair(extension));
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornDbcs_splitpath", qarq::ras::pair(drive),
+                     qarq::ras::pair(directory), qarq::ras::pair(name), qarq::ras::pair(extension));
 }
 
 }  // extern "C"

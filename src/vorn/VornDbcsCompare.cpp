@@ -12,7 +12,7 @@ namespace {
 enum Outcome { kNoMatch = 0, kMatch = 1, kAtStar = 2 };
 
 class Comparer {
-public:
+  public:
     explicit Comparer(const unsigned char* ranges) : ranges_(ranges) {}
 
     bool lead(unsigned char byte) const {
@@ -77,7 +77,7 @@ public:
         }
     }
 
-private:
+  private:
     const unsigned char* ranges_;
 };
 
@@ -89,8 +89,7 @@ private:
 // worse as m grows (it tries every position from m on). So it is enough to go
 // on from the least m(k): one pass over k per star, no recursion, and time
 // bounded by pattern length x text length.
-int compare(const unsigned char* pattern, const unsigned char* text,
-            const unsigned char* ranges) {
+int compare(const unsigned char* pattern, const unsigned char* text, const unsigned char* ranges) {
     const Comparer comparer(ranges);
     const unsigned char* p = pattern;
     const unsigned char* t = text;
@@ -142,7 +141,6 @@ extern "C" int VornStringCompare(const char* pattern, const char* text,
         result = compare(reinterpret_cast<const unsigned char*>(pattern),
                          reinterpret_cast<const unsigned char*>(text), leadRanges);
     }
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornStringCompare",
-                     qarq::ras::pair(result));
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornStringCompare", qarq::ras::pair(result));
     return result;
 }

@@ -17,9 +17,9 @@ extern "C" {
 
 unsigned VornDbcs_chop_word(char* text, unsigned lineStart, unsigned position, unsigned* length,
                             const char* delimiters) {
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornDbcs_chop_word",
-                     qarq::ras::pair(text), qarq::ras::pair(lineStart),
-                     qarq::ras::pair(position), qarq::ras::pair(delimiters));
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornDbcs_chop_word", qarq::ras::pair(text),
+                     qarq::ras::pair(lineStart), qarq::ras::pair(position),
+                     qarq::ras::pair(delimiters));
     const char saved = text[position];
     text[position] = '\0';
     unsigned offset = static_cast<unsigned>(VornDbcs_strlastchr(text + lineStart, delimiters));
@@ -35,8 +35,7 @@ unsigned VornDbcs_chop_word(char* text, unsigned lineStart, unsigned position, u
     text[at] = kCarriageReturn;
     ++*length;
     const unsigned next = at + 1;
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornDbcs_chop_word",
-                     qarq::ras::pair(next));
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornDbcs_chop_word", qarq::ras::pair(next));
     return next;
 }
 
@@ -86,8 +85,7 @@ int VornDbcs_dice_str_text(char* text, unsigned short width, unsigned short capa
                            const char* delimiters, unsigned short* count) {
     QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornDbcs_dice_str_text",
                      qarq::ras::pair(text), qarq::ras::pair(static_cast<uint32_t>(width)),
-                     qarq::ras::pair(static_cast<uint32_t>(capacity)),
-                     qarq::ras::pair(delimiters));
+                     qarq::ras::pair(static_cast<uint32_t>(capacity)), qarq::ras::pair(delimiters));
     int result = 1;
     *count = 0;
     unsigned length = static_cast<unsigned>(std::strlen(text));
@@ -113,7 +111,8 @@ int VornDbcs_dice_str_text(char* text, unsigned short width, unsigned short capa
             result = 0;
             break;
         }
-        i = static_cast<unsigned short>(VornDbcs_chop_word(text, lineStart, i, &length, delimiters));
+        i = static_cast<unsigned short>(
+            VornDbcs_chop_word(text, lineStart, i, &length, delimiters));
         lineStart = i;
         ++*count;
     }

@@ -17,7 +17,7 @@ int match(const char* pattern, const char* text, const unsigned char* ranges = n
 // The comparison rule written as plain recursion, one branch per position a
 // `*` may stand for. Exponential, so only for short strings.
 class Reference {
-public:
+  public:
     explicit Reference(const unsigned char* ranges) : ranges_(ranges) {}
 
     int operator()(const unsigned char* p, const unsigned char* t) const {
@@ -58,7 +58,7 @@ public:
         }
     }
 
-private:
+  private:
     bool lead(unsigned char b) const {
         for (const unsigned char* r = ranges_; r != nullptr && r[0] != 0 && r[1] != 0; r += 2) {
             if (b >= r[0] && b <= r[1]) {
@@ -95,11 +95,25 @@ TEST(DbcsStringCompare, Wildcards) {
 }
 
 TEST(DbcsStringCompare, QuestionMarkTakesADoubleByteCharacterWhole) {
-    EXPECT_EQ(match("a?b", "a\x81\x40" "b", kHighBytes), 1);
-    EXPECT_EQ(match("a??b", "a\x81\x40" "b", kHighBytes), 0);
+    EXPECT_EQ(match("a?b",
+                    "a\x81\x40"
+                    "b",
+                    kHighBytes),
+              1);
+    EXPECT_EQ(match("a??b",
+                    "a\x81\x40"
+                    "b",
+                    kHighBytes),
+              0);
     // Without ranges the two bytes are two characters.
-    EXPECT_EQ(match("a?b", "a\x81\x40" "b"), 0);
-    EXPECT_EQ(match("a??b", "a\x81\x40" "b"), 1);
+    EXPECT_EQ(match("a?b",
+                    "a\x81\x40"
+                    "b"),
+              0);
+    EXPECT_EQ(match("a??b",
+                    "a\x81\x40"
+                    "b"),
+              1);
     // Both bytes of a double-byte character must agree.
     EXPECT_EQ(match("\x81\x40", "\x81\x40", kHighBytes), 1);
     EXPECT_EQ(match("\x81\x41", "\x81\x40", kHighBytes), 0);
@@ -143,8 +157,7 @@ TEST(DbcsStringCompare, AgreesWithTheRecursiveRule) {
         const int expected = reference(reinterpret_cast<const unsigned char*>(pattern.c_str()),
                                        reinterpret_cast<const unsigned char*>(text.c_str()));
         ASSERT_EQ(VornStringCompare(pattern.c_str(), text.c_str(), ranges), expected)
-            << "pattern '" << pattern << "' text '" << text << "' ranges "
-            << (ranges != nullptr);
+            << "pattern '" << pattern << "' text '" << text << "' ranges " << (ranges != nullptr);
     }
 }
 

@@ -110,9 +110,14 @@ TEST(DbcsDiceStr, BreaksLinesOfWidthBytes) {
 
 TEST_F(DoubleByte, DiceStrBreaksInFrontOfACharacterAcrossTheWidth) {
     unsigned short count = 0;
-    Diced d = diceStr("abc\x81\x40" "de", 4, &count);
+    Diced d = diceStr(
+        "abc\x81\x40"
+        "de",
+        4, &count);
     EXPECT_EQ(d.result, 1);
-    EXPECT_EQ(d.text, "abc\r\x81\x40" "de");
+    EXPECT_EQ(d.text,
+              "abc\r\x81\x40"
+              "de");
     EXPECT_EQ(count, 1);
     // A width of one byte cannot hold the character at all.
     d = diceStr("\x81\x40\x81\x40", 1, &count);

@@ -10,7 +10,7 @@ namespace qarq::test {
 
 // Double-byte with every byte from 0x80 up leading a character.
 class DoubleByte : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         VornDbcsInit();
         const unsigned char everyHighByte[] = {0x80, 0xFF, 0, 0};

@@ -14,7 +14,7 @@ using qarq::vorn::dbcs::dbcsInitialised;
 
 // Sets an environment variable for one scope and restores the old value.
 class ScopedEnv {
-public:
+  public:
     ScopedEnv(const char* name, const char* value) : name_(name) {
         const char* old = std::getenv(name);
         had_ = old != nullptr;
@@ -35,7 +35,7 @@ public:
         }
     }
 
-private:
+  private:
     const char* name_;
     bool had_ = false;
     std::string old_;
@@ -173,7 +173,9 @@ TEST_F(DoubleByte, StrtokKeepsNoStateAndClearsWholeDelimiters) {
     char none[] = ",,,";
     EXPECT_EQ(VornDbcs_strtok(none, ","), nullptr);
 
-    char wide[] = "a\x81\x40" "b";
+    char wide[] =
+        "a\x81\x40"
+        "b";
     EXPECT_STREQ(VornDbcs_strtok(wide, "\x81\x40"), "a");
     EXPECT_EQ(wide[1], '\0');
     EXPECT_EQ(wide[2], '\0');
