@@ -31,18 +31,6 @@ Diced diceStr(const char* text, unsigned short width, unsigned short* count,
     return {result, buffer};
 }
 
-TEST(DbcsChopWord, BreaksInFrontOfTheLastDelimiterOfTheLine) {
-    char text[32] = "one two three";
-    unsigned length = 13;
-    // The line from 0 is full at "thr|ee": the break goes in front of " three".
-    EXPECT_EQ(VornDbcs_chop_word(text, 0, 10, &length, " "), 8u);
-    EXPECT_STREQ(text, "one two\r three");
-    EXPECT_EQ(length, 14u);
-    // No delimiter in the line: the break falls where the line is full.
-    EXPECT_EQ(VornDbcs_chop_word(text, 8, 11, &length, ","), 12u);
-    EXPECT_STREQ(text, "one two\r th\rree");
-}
-
 TEST(DbcsDiceMsg, BreaksAtDelimitersOrWhereTheLineIsFull) {
     Diced d = diceMsg("hello world foo", 8);
     EXPECT_EQ(d.result, 1);
@@ -57,10 +45,6 @@ TEST(DbcsDiceMsg, BreaksAtDelimitersOrWhereTheLineIsFull) {
     d = diceMsg("aaaa bbbbbbbbbb", 4);
     EXPECT_EQ(d.result, 1);
     EXPECT_EQ(d.text, "aaaa\r bbb\rbbbb\rbbb");
-
-    d = diceMsg("short", 10);
-    EXPECT_EQ(d.result, 1);
-    EXPECT_EQ(d.text, "short");
 }
 
 TEST(DbcsDiceMsg, NewlinesRestartTheColumn) {

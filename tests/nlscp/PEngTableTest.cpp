@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -8,56 +7,34 @@
 
 namespace {
 
-// The two tables as the host documentation lists them, row by row.
-const char* const kE2ARows[16] = {
-    "00 01 02 03 FF 09 FF 7F FF FF FF 0B 0C 0D 0E 0F",
-    "10 11 12 13 FF FF 08 FF 18 19 FF FF FF 1D FF 1F",
-    "FF FF 1C FF FF 0A 17 1B FF FF FF FF FF 05 06 07",
-    "FF FF 16 FF FF 1E FF 04 FF FF FF FF 14 15 FF 1A",
-    "20 FF FF FF FF FF FF FF FF FF FF 2E 3C 28 2B 7C",
-    "26 FF FF FF FF FF FF FF FF FF 21 24 2A 29 3B AC",
-    "2D 2F FF FF FF FF FF FF FF FF FF 2C 25 5F 3E 3F",
-    "FF FF FF FF FF FF FF FF FF 60 3A 23 40 27 3D 22",
-    "FF 61 62 63 64 65 66 67 68 69 FF FF FF FF FF FF",
-    "FF 6A 6B 6C 6D 6E 6F 70 71 72 FF FF FF FF FF FF",
-    "FF 7E 73 74 75 76 77 78 79 7A FF FF FF DD FF FF",
-    "5E FF FF FF FF FF FF FF FF FF 5B 5D FF A8 FF FF",
-    "7B 41 42 43 44 45 46 47 48 49 FF FF FF FF FF FF",
-    "7D 4A 4B 4C 4D 4E 4F 50 51 52 FF FF FF FF FF FF",
-    "5C FF 53 54 55 56 57 58 59 5A FF FF FF FF FF FF",
-    "30 31 32 33 34 35 36 37 38 39 FF FF FF FF FF FF",
-};
+// The two tables as the host documentation lists them, two rows a line.
+const char kE2ARows[] =
+    "00010203FF09FF7FFFFFFF0B0C0D0E0F10111213FFFF08FF1819FFFFFF1DFF1F"   // 00-10
+    "FFFF1CFFFF0A171BFFFFFFFFFF050607FFFF16FFFF1EFF04FFFFFFFF1415FF1A"   // 20-30
+    "20FFFFFFFFFFFFFFFFFFFF2E3C282B7C26FFFFFFFFFFFFFFFFFF21242A293BAC"   // 40-50
+    "2D2FFFFFFFFFFFFFFFFFFF2C255F3E3FFFFFFFFFFFFFFFFFFF603A2340273D22"   // 60-70
+    "FF616263646566676869FFFFFFFFFFFFFF6A6B6C6D6E6F707172FFFFFFFFFFFF"   // 80-90
+    "FF7E737475767778797AFFFFFFDDFFFF5EFFFFFFFFFFFFFFFFFF5B5DFFA8FFFF"   // A0-B0
+    "7B414243444546474849FFFFFFFFFFFF7D4A4B4C4D4E4F505152FFFFFFFFFFFF"   // C0-D0
+    "5CFF535455565758595AFFFFFFFFFFFF30313233343536373839FFFFFFFFFFFF";  // E0-F0
 
-const char* const kA2ERows[16] = {
-    "00 01 02 03 37 2D 2E 2F 16 05 25 0B 0C 0D 0E 0F",
-    "10 11 12 13 3C 3D 32 26 18 19 3F 27 22 1D 35 1F",
-    "40 5A 7F 7B 5B 6C 50 7D 4D 5D 5C 4E 6B 60 4B 61",
-    "F0 F1 F2 F3 F4 F5 F6 F7 F8 F9 7A 5E 4C 7E 6E 6F",
-    "7C C1 C2 C3 C4 C5 C6 C7 C8 C9 D1 D2 D3 D4 D5 D6",
-    "D7 D8 D9 E2 E3 E4 E5 E6 E7 E8 E9 BA E0 BB B0 6D",
-    "79 81 82 83 84 85 86 87 88 89 91 92 93 94 95 96",
-    "97 98 99 A2 A3 A4 A5 A6 A7 A8 A9 C0 4F D0 A1 07",
-    "FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF",
-    "FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF",
-    "FF FF FF FF FF FF FF FF BD FF FF FF 5F FF FF FF",
-    "FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF",
-    "FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF",
-    "FF FF FF FF FF FF FF FF FF FF FF FF FF AD FF FF",
-    "FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF",
-    "FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF",
-};
+const char kA2ERows[] =
+    "00010203372D2E2F1605250B0C0D0E0F101112133C3D322618193F27221D351F"   // 00-10
+    "405A7F7B5B6C507D4D5D5C4E6B604B61F0F1F2F3F4F5F6F7F8F97A5E4C7E6E6F"   // 20-30
+    "7CC1C2C3C4C5C6C7C8C9D1D2D3D4D5D6D7D8D9E2E3E4E5E6E7E8E9BAE0BBB06D"   // 40-50
+    "79818283848586878889919293949596979899A2A3A4A5A6A7A8A9C04FD0A107"   // 60-70
+    "FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF"   // 80-90
+    "FFFFFFFFFFFFFFFFBDFFFFFF5FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF"   // A0-B0
+    "FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFADFFFF"   // C0-D0
+    "FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF";  // E0-F0
 
-std::vector<unsigned char> parse(const char* const (&rows)[16]) {
+// The table from its 512 hex digits, row after row.
+std::vector<unsigned char> parse(const char* hex) {
     std::vector<unsigned char> table;
-    for (const char* row : rows) {
-        unsigned values[16];
-        EXPECT_EQ(std::sscanf(row, "%x %x %x %x %x %x %x %x %x %x %x %x %x %x %x %x", &values[0],
-                              &values[1], &values[2], &values[3], &values[4], &values[5],
-                              &values[6], &values[7], &values[8], &values[9], &values[10],
-                              &values[11], &values[12], &values[13], &values[14], &values[15]),
-                  16);
-        table.insert(table.end(), values, values + 16);
+    for (; hex[0] != '\0' && hex[1] != '\0'; hex += 2) {
+        table.push_back(static_cast<unsigned char>(std::stoi(std::string(hex, 2), nullptr, 16)));
     }
+    EXPECT_EQ(table.size(), 256u);
     return table;
 }
 
