@@ -28,6 +28,8 @@ using qarq::vorn::traceControl;
 using namespace qarq::vorn::translate;
 
 constexpr uint16_t kDefaultHostCodePage = 37;
+constexpr const char* kTranslateString = "VornNlsTranslateCpString";
+constexpr const char* kTranslate = "VornNlsTranslateCp";
 
 // A code set chosen for one side of a translation.
 struct Side {
@@ -91,78 +93,34 @@ int headerCodePage(const VornNlsCodeSet* cs) {
     return qarq::vorn::nls::rd16(cs->table + qarq::vorn::nls::kOffCodepage);
 }
 
-}  // namespace
-
-extern "C" {
-
-int VornNlsIsServerSBCS(void) {
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsIsServerSBCS",
-                     pair(static_cast<int32_t>(def_cs->kind)));
-    const int result = def_cs->kind == 2 || def_cs->kind == 3 || def_cs->kind == 4 ? 1 : 0;
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornNlsIsServerSBCS", pair(result));
-    return result;
-}
-
-int VornNlsTranslateCpInitialization(unsigned short reserved, unsigned short* codePage) {
-    (void)reserved;
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsTranslateCpInitialization",
-                     pair(&codePage, static_cast<uint32_t>(sizeof codePage)));
-    vornnls1_tis_init();
-    // The table-name lookup may have settled the flag while the default code
-    // set was still the built-in one; now the real one is loaded.
-    VornDbcsInit();
-    if (codePage != nullptr) {
-        if (gpKs390_cs == nullptr) {
-            const char* value = qarq::os::calls().getenv("KS390CODEPAGE");
-            char fallback[8];
-            if (value != nullptr && value[0] != '\0') {
-                gKs390_cp = static_cast<uint16_t>(std::strtol(value, nullptr, 10));
-            } else {
-                gKs390_cp = kDefaultHostCodePage;
-                std::snprintf(fallback, sizeof fallback, "%u", kDefaultHostCodePage);
-                value = fallback;
-            }
-            gpKs390_cs = vornnls6_tis_cs_new(value);
-        }
-        *codePage = gKs390_cp;
-    }
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornNlsTranslateCpInitialization",
-                     pair(static_cast<int32_t>(gKs390_cp)));
-    return 0;
-}
-
-int VornNlsTranslateCpString(unsigned reserved, unsigned short fromCodePage, const char* source,
-                             unsigned short toCodePage, unsigned short targetSize, char* target) {
-    (void)reserved;
-    static const char* const kFunction = "VornNlsTranslateCpString";
+int translateString(unsigned short fromCodePage, const char* source, unsigned short toCodePage,
+                    unsigned short targetSize, char* target) {
     const int32_t from32 = fromCodePage;
     const int32_t to32 = toCodePage;
     const int32_t size32 = targetSize;
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, kFunction, pair(from32), pair(source),
-                     pair(to32), pair(size32));
     if (source == nullptr || target == nullptr) {
-        qarq::ras::logError(kFunction, __LINE__, 0, 0, {pair(from32), pair(to32)});
+        qarq::ras::logError(kTranslateString, __LINE__, 0, 0, {pair(from32), pair(to32)});
         return 0;
     }
     if (fromCodePage == toCodePage) {
-        qarq::ras::logError(kFunction, __LINE__, 0, 0, {pair(from32), pair(source)});
+        qarq::ras::logError(kTranslateString, __LINE__, 0, 0, {pair(from32), pair(source)});
         if (targetSize > std::strlen(source)) {
             std::strcpy(target, source);
-            QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, kFunction, pair(target));
             return 1;
         }
-        qarq::ras::logError(kFunction, __LINE__, 0, 0, {pair(size32)});
+        qarq::ras::logError(kTranslateString, __LINE__, 0, 0, {pair(size32)});
         return 0;
     }
     if (targetSize == 0) {
         // Not even the terminator fits: nothing is written.
-        qarq::ras::logError(kFunction, __LINE__, 0, 0, {pair(size32)});
+        qarq::ras::logError(kTranslateString, __LINE__, 0, 0, {pair(size32)});
         return 0;
     }
 
     const Side from = codeSetFor(fromCodePage);
     const Side to = codeSetFor(toCodePage);
-    const int result = convert(kFunction, from.cs, to.cs, source, target, targetSize) ? 1 : 0;
+    const int result =
+        convert(kTranslateString, from.cs, to.cs, source, target, targetSize) ? 1 : 0;
     if (from.temporary) {
         vornnls6_tis_cs_free(from.cs, 0);
     }
@@ -174,96 +132,41 @@ int VornNlsTranslateCpString(unsigned reserved, unsigned short fromCodePage, con
     // where that shows.
     if (gNumbOfCpLoads > kLoadReportLimit) {
         const int32_t loaded = from.temporary ? from32 : to32;
-        qarq::ras::logError(kFunction, __LINE__, 0, 0, {pair(gNumbOfCpLoads), pair(loaded)});
+        qarq::ras::logError(kTranslateString, __LINE__, 0, 0, {pair(gNumbOfCpLoads), pair(loaded)});
         gNumbOfCpLoads = 0;
     }
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, kFunction, pair(result), pair(target));
     return result;
 }
 
-int VornNlsTranslateCpEnabled(void) {
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsTranslateCpEnabled",
-                     pair(def_2_cs->table, 0u));
-    const int result = def_2_cs->table != nullptr ? 1 : 0;
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornNlsTranslateCpEnabled", pair(result));
-    return result;
-}
-
-int VornNlsTranslateCp(VornNlsTranslateCpRequest* request) {
-    static const char* const kFunction = "VornNlsTranslateCp";
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, kFunction,
-                     pair(request != nullptr ? request->source : nullptr));
+int translateToAlternate(VornNlsTranslateCpRequest* request) {
     if (request == nullptr) {
-        qarq::ras::logError(kFunction, __LINE__, 0, 0, {});
+        qarq::ras::logError(kTranslate, __LINE__, 0, 0, {});
         return 0;
     }
     if (def_2_cs->table == nullptr) {
-        QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, kFunction, pair(int32_t{2}));
         return 2;
     }
     if (request->source == nullptr || request->target == nullptr) {
         if (request->source != nullptr) {
-            qarq::ras::logError(kFunction, __LINE__, 0, 0, {pair(request->source)});
+            qarq::ras::logError(kTranslate, __LINE__, 0, 0, {pair(request->source)});
         } else {
-            qarq::ras::logError(kFunction, __LINE__, 0, 0, {});
+            qarq::ras::logError(kTranslate, __LINE__, 0, 0, {});
         }
         return 0;
     }
     if (request->targetSize == 0) {
         const uint32_t size = 0;
-        qarq::ras::logError(kFunction, __LINE__, 0, 0, {pair(size)});
+        qarq::ras::logError(kTranslate, __LINE__, 0, 0, {pair(size)});
         return 0;
     }
-    const int result =
-        convert(kFunction, def_cs, def_2_cs, request->source, request->target, request->targetSize)
-            ? 1
-            : 0;
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, kFunction, pair(result),
-                     pair(request->target));
-    return result;
+    return convert(kTranslate, def_cs, def_2_cs, request->source, request->target,
+                   request->targetSize)
+               ? 1
+               : 0;
 }
 
-void VornNlsTranslateCpTerminate(void) {
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsTranslateCpTerminate",
-                     pair(static_cast<int32_t>(gKs390_cp)));
-    vornnls6_tis_cs_free(nullptr, 2);
-    vornnls6_tis_cs_free(nullptr, 1);
-    if (gpKs390_cs != nullptr) {
-        vornnls6_tis_cs_free(gpKs390_cs, 0);
-        gpKs390_cs = nullptr;
-    }
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornNlsTranslateCpTerminate",
-                     pair(static_cast<int32_t>(gKs390_cp)));
-}
-
-int VornNlsResetKS390Cp(unsigned short codePage, unsigned short* current) {
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsResetKS390Cp",
-                     pair(static_cast<int32_t>(codePage)), pair(static_cast<int32_t>(gKs390_cp)));
-    if (codePage == 0) {
-        return 0;
-    }
-    if (codePage != gKs390_cp) {
-        if (gpKs390_cs != nullptr) {
-            vornnls6_tis_cs_free(gpKs390_cs, 0);
-        }
-        gKs390_cp = codePage;
-        // A page without a table is not reported: the number stands and the
-        // default code set serves in its place.
-        gpKs390_cs = loadByNumber(codePage);
-    }
-    if (current != nullptr) {
-        *current = codePage;
-    }
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornNlsResetKS390Cp", pair(gpKs390_cs, 0u));
-    return 0;
-}
-
-void VornNlsDumpMisc(FILE* stream) {
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsDumpMisc",
-                     pair(&stream, static_cast<uint32_t>(sizeof stream)));
-    if (stream == nullptr) {
-        return;
-    }
+// The report of VornNlsDumpMisc; every line ends in CR LF.
+void dumpTo(FILE* stream) {
     static const char kBanner[] =
         "###############################################################################\r\n";
     std::fprintf(stream, "\r\n");
@@ -309,6 +212,116 @@ void VornNlsDumpMisc(FILE* stream) {
     }
     std::fprintf(stream, "gNumbOfCpLoads                    : %d \r\n",
                  static_cast<int>(gNumbOfCpLoads));
+}
+
+}  // namespace
+
+extern "C" {
+
+int VornNlsIsServerSBCS(void) {
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsIsServerSBCS",
+                     pair(static_cast<int32_t>(def_cs->kind)));
+    const int result = def_cs->kind == 2 || def_cs->kind == 3 || def_cs->kind == 4 ? 1 : 0;
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornNlsIsServerSBCS", pair(result));
+    return result;
+}
+
+int VornNlsTranslateCpInitialization(unsigned short reserved, unsigned short* codePage) {
+    (void)reserved;
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsTranslateCpInitialization",
+                     pair(&codePage, static_cast<uint32_t>(sizeof codePage)));
+    vornnls1_tis_init();
+    // The table-name lookup may have settled the flag while the default code
+    // set was still the built-in one; now the real one is loaded.
+    VornDbcsInit();
+    if (codePage != nullptr) {
+        if (gpKs390_cs == nullptr) {
+            const char* value = qarq::os::calls().getenv("KS390CODEPAGE");
+            char fallback[8];
+            if (value != nullptr && value[0] != '\0') {
+                gKs390_cp = static_cast<uint16_t>(std::strtol(value, nullptr, 10));
+            } else {
+                gKs390_cp = kDefaultHostCodePage;
+                std::snprintf(fallback, sizeof fallback, "%u", kDefaultHostCodePage);
+                value = fallback;
+            }
+            gpKs390_cs = vornnls6_tis_cs_new(value);
+        }
+        *codePage = gKs390_cp;
+    }
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornNlsTranslateCpInitialization",
+                     pair(static_cast<int32_t>(gKs390_cp)));
+    return 0;
+}
+
+int VornNlsTranslateCpString(unsigned reserved, unsigned short fromCodePage, const char* source,
+                             unsigned short toCodePage, unsigned short targetSize, char* target) {
+    (void)reserved;
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, kTranslateString,
+                     pair(static_cast<int32_t>(fromCodePage)), pair(source),
+                     pair(static_cast<int32_t>(toCodePage)),
+                     pair(static_cast<int32_t>(targetSize)));
+    const int result = translateString(fromCodePage, source, toCodePage, targetSize, target);
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, kTranslateString, pair(result),
+                     pair(result != 0 ? target : nullptr));
+    return result;
+}
+
+int VornNlsTranslateCpEnabled(void) {
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsTranslateCpEnabled",
+                     pair(def_2_cs->table, 0u));
+    const int result = def_2_cs->table != nullptr ? 1 : 0;
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornNlsTranslateCpEnabled", pair(result));
+    return result;
+}
+
+int VornNlsTranslateCp(VornNlsTranslateCpRequest* request) {
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, kTranslate,
+                     pair(request != nullptr ? request->source : nullptr));
+    const int result = translateToAlternate(request);
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, kTranslate, pair(result),
+                     pair(result == 1 ? request->target : nullptr));
+    return result;
+}
+
+void VornNlsTranslateCpTerminate(void) {
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsTranslateCpTerminate",
+                     pair(static_cast<int32_t>(gKs390_cp)));
+    vornnls6_tis_cs_free(nullptr, 2);
+    vornnls6_tis_cs_free(nullptr, 1);
+    if (gpKs390_cs != nullptr) {
+        vornnls6_tis_cs_free(gpKs390_cs, 0);
+        gpKs390_cs = nullptr;
+    }
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornNlsTranslateCpTerminate",
+                     pair(static_cast<int32_t>(gKs390_cp)));
+}
+
+int VornNlsResetKS390Cp(unsigned short codePage, unsigned short* current) {
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsResetKS390Cp",
+                     pair(static_cast<int32_t>(codePage)), pair(static_cast<int32_t>(gKs390_cp)));
+    if (codePage != 0 && codePage != gKs390_cp) {
+        if (gpKs390_cs != nullptr) {
+            vornnls6_tis_cs_free(gpKs390_cs, 0);
+        }
+        gKs390_cp = codePage;
+        // A page without a table is not reported: the number stands and the
+        // default code set serves in its place.
+        gpKs390_cs = loadByNumber(codePage);
+    }
+    if (codePage != 0 && current != nullptr) {
+        *current = codePage;
+    }
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornNlsResetKS390Cp", pair(gpKs390_cs, 0u));
+    return 0;
+}
+
+void VornNlsDumpMisc(FILE* stream) {
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsDumpMisc",
+                     pair(&stream, static_cast<uint32_t>(sizeof stream)));
+    if (stream != nullptr) {
+        dumpTo(stream);
+    }
     QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornNlsDumpMisc", pair(gNumbOfCpLoads));
 }
 
