@@ -1,8 +1,9 @@
 #include "qarq/vorn/VornDbcs.hpp"
 
+#include <cstdlib>
 #include <cstring>
 
-#include "qarq/base/Os.hpp"
+#include "qarq/vorn/vornnls1.hpp"
 #include "vorn/VornDbcsInternal.hpp"
 #include "vorn/VornNlsTranslateCpInternal.hpp"
 #include "vorn/VornTrace.hpp"
@@ -19,24 +20,8 @@ namespace {
 // words can be replaced while other threads read them.
 std::atomic<uint64_t> gLeadBits[4];
 
-struct CodesetRanges {
-    const char* codeset;  // upper case, without '-' and '_'
-    const unsigned char* pairs;
-};
-
 const unsigned char kShiftJis[] = {0x81, 0x9F, 0xE0, 0xFC, 0, 0};
 const unsigned char kWide[] = {0x81, 0xFE, 0, 0};
-
-// Double-byte codesets of the process locale and their lead bytes. Every
-// other codeset (UTF-8 and the single-byte ones among them) has none.
-const CodesetRanges kCodesets[] = {
-    {"SJIS", kShiftJis},       {"SHIFTJIS", kShiftJis}, {"CP932", kShiftJis},
-    {"WINDOWS31J", kShiftJis}, {"MSKANJI", kShiftJis},  {"GBK", kWide},
-    {"CP936", kWide},          {"GB2312", kWide},       {"EUCCN", kWide},
-    {"GB18030", kWide},        {"UHC", kWide},          {"CP949", kWide},
-    {"EUCKR", kWide},          {"BIG5", kWide},         {"BIG5HKSCS", kWide},
-    {"CP950", kWide},
-};
 
 }  // namespace
 
@@ -60,44 +45,21 @@ void setLeadRanges(const unsigned char* pairs) {
 }
 
 int localeLeadRanges(unsigned char* pairs) {
-    pairs[0] = pairs[1] = 0;
-    const char* locale = nullptr;
-    for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
-        locale = qarq::os::calls().getenv(variable);
-        if (locale != nullptr && locale[0] != '\0') {
-            break;
-        }
-        locale = nullptr;
+    // The same code page number that chooses the default code set, so that
+    // the lead bytes fit the page the text is in.
+    char page[16];
+    vornnls1_get_cs_name(page, sizeof page);
+    const int number = std::atoi(page);
+    const unsigned char* ranges = number == 932                                     ? kShiftJis
+                                  : number == 936 || number == 949 || number == 950 ? kWide
+                                                                                    : nullptr;
+    int count = 0;
+    for (; ranges != nullptr && (ranges[0] != 0 || ranges[1] != 0); ranges += 2, ++count) {
+        pairs[2 * count] = ranges[0];
+        pairs[2 * count + 1] = ranges[1];
     }
-    const char* dot = locale != nullptr ? std::strchr(locale, '.') : nullptr;
-    if (dot == nullptr) {
-        return 0;  // "C", "POSIX" or a bare language: a single-byte page
-    }
-    char codeset[32];
-    size_t length = 0;
-    for (const char* c = dot + 1; *c != '\0' && *c != '@'; ++c) {
-        if (*c == '-' || *c == '_') {
-            continue;
-        }
-        if (length + 1 >= sizeof codeset) {
-            return 0;  // longer than any name we know
-        }
-        codeset[length++] = (*c >= 'a' && *c <= 'z') ? static_cast<char>(*c - 'a' + 'A') : *c;
-    }
-    codeset[length] = '\0';
-    for (const CodesetRanges& entry : kCodesets) {
-        if (std::strcmp(entry.codeset, codeset) == 0) {
-            int count = 0;
-            for (const unsigned char* p = entry.pairs; p[0] != 0 || p[1] != 0; p += 2) {
-                pairs[2 * count] = p[0];
-                pairs[2 * count + 1] = p[1];
-                ++count;
-            }
-            pairs[2 * count] = pairs[2 * count + 1] = 0;
-            return count;
-        }
-    }
-    return 0;
+    pairs[2 * count] = pairs[2 * count + 1] = 0;
+    return count;
 }
 
 }  // namespace qarq::vorn::dbcs

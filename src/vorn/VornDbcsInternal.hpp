@@ -54,9 +54,10 @@ constexpr int kMaxLeadRanges = 20;
 /// of zeros, at most kMaxLeadRanges pairs read. Null empties the table.
 QARQ_API void setLeadRanges(const unsigned char* pairs);
 
-/// The lead-byte ranges of the process locale's codeset (LC_ALL, LC_CTYPE,
-/// LANG, the first that is set), written to `pairs` and ended by a pair of
-/// zeros; `pairs` has room for kMaxLeadRanges + 1 pairs. Returns the count.
+/// The lead-byte ranges of the machine's code page as the process locale
+/// gives it (932, 936, 949 and 950 have some), written to `pairs` and ended by
+/// a pair of zeros; `pairs` has room for kMaxLeadRanges + 1 pairs. Returns the
+/// count.
 QARQ_API int localeLeadRanges(unsigned char* pairs);
 
 /// True when `byte` is in the lead-byte table (whatever the flag says).

@@ -44,7 +44,7 @@ TEST(DbcsInit, RunsAtFirstUseAndTakesTheFlagFromTheDefaultCodeSet) {
     EXPECT_EQ(VornDbcsIsCodePageSingleByte.load(), 1);
 }
 
-TEST(DbcsInit, LeadBytesComeFromTheLocaleCodeset) {
+TEST(DbcsInit, LeadBytesFollowTheLocaleCodePage) {
     ScopedEnv ctype("LC_CTYPE", "ko_KR.eucKR");
     ScopedEnv all("LC_ALL", nullptr);
     const auto ranges = [](const char* locale) {
@@ -54,9 +54,10 @@ TEST(DbcsInit, LeadBytesComeFromTheLocaleCodeset) {
         return std::string(reinterpret_cast<char*>(pairs), 2 * count + 2);
     };
     EXPECT_EQ(ranges("ja_JP.Shift_JIS"), std::string("\x81\x9F\xE0\xFC\0\0", 6));
+    EXPECT_EQ(ranges("ja_JP"), ranges("ja_JP.SJIS"));  // the page of the language
     EXPECT_EQ(ranges("zh_TW.big5@stroke"), std::string("\x81\xFE\0\0", 4));
     EXPECT_EQ(ranges(""), std::string("\x81\xFE\0\0", 4));  // LC_CTYPE decides
-    for (const char* singleByte : {"C.UTF-8", "C", "ja_JP", "en_US.ISO-8859-1"}) {
+    for (const char* singleByte : {"ja_JP.UTF-8", "C", "en_US.ISO-8859-1"}) {
         EXPECT_EQ(ranges(singleByte), std::string(2, '\0')) << singleByte;
     }
 
