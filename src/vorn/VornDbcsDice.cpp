@@ -33,7 +33,9 @@ unsigned VornDbcs_chop_word(char* text, unsigned lineStart, unsigned position, u
     const unsigned at = lineStart + offset;
     std::memmove(text + at + 1, text + at, std::strlen(text + at) + 1);
     text[at] = kCarriageReturn;
-    ++*length;
+    if (length != nullptr) {
+        ++*length;
+    }
     const unsigned next = at + 1;
     QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornDbcs_chop_word", qarq::ras::pair(next));
     return next;
@@ -87,6 +89,10 @@ int VornDbcs_dice_str_text(char* text, unsigned short width, unsigned short capa
                      qarq::ras::pair(text), qarq::ras::pair(static_cast<uint32_t>(width)),
                      qarq::ras::pair(static_cast<uint32_t>(capacity)), qarq::ras::pair(delimiters));
     int result = 1;
+    unsigned short ignored = 0;
+    if (count == nullptr) {
+        count = &ignored;
+    }
     *count = 0;
     unsigned length = static_cast<unsigned>(std::strlen(text));
     unsigned i = 0;

@@ -17,8 +17,9 @@ extern "C" {
 /// full at `position`: in front of the last delimiter character of the line,
 /// or at `position` when the line has none (or only one at its very start,
 /// which would leave an empty line and no progress). The delimiter stays, at
-/// the head of the next line. `*length` grows by one. Returns the index behind
-/// the carriage return. The buffer must have room for one more byte.
+/// the head of the next line. `*length` (if not null) grows by one. Returns
+/// the index behind the carriage return. The buffer must have room for one
+/// more byte.
 QARQ_API unsigned VornDbcs_chop_word(char* text, unsigned lineStart, unsigned position,
                                      unsigned* length, const char* delimiters);
 
@@ -30,9 +31,9 @@ QARQ_API int VornDbcs_dice_msg_text(char* text, int width, unsigned capacity,
                                     const char* delimiters, const char* newlines);
 
 /// Breaks `text` into lines of at most `width` bytes, never inside a
-/// double-byte character; `*count` receives the number of breaks inserted.
-/// Returns 1 when done, 0 on an invalid character, a full buffer where a
-/// break was due, or a width that cannot hold a character.
+/// double-byte character; `*count` (if not null) receives the number of
+/// breaks inserted. Returns 1 when done, 0 on an invalid character, a full
+/// buffer where a break was due, or a width that cannot hold a character.
 QARQ_API int VornDbcs_dice_str_text(char* text, unsigned short width, unsigned short capacity,
                                     const char* delimiters, unsigned short* count);
 
