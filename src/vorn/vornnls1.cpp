@@ -8,6 +8,7 @@
 #include "qarq/base/Os.hpp"
 #include "qarq/ras/HeskLog.hpp"
 #include "qarq/vorn/vornnls6.hpp"
+#include "vorn/VornDbcsInternal.hpp"
 #include "vorn/VornNlsState.hpp"
 #include "vorn/VornTrace.hpp"
 
@@ -184,8 +185,12 @@ unsigned vornnls1_get_table_name(const char* source, char* name, unsigned length
     if (std::strncmp(p, "ZTH", 3) == 0) p += 3;
     unsigned kept = 0;
     for (; *p != '\0' && kept < length - 1; ++p) {
-        char c = upperAscii(*p);
-        if (c != '\0' && std::strchr(kKeep, c) != nullptr) name[kept++] = c;
+        // Tested as a one-byte string through the double-byte functions. This
+        // can be their first use in the process: they then count the page as
+        // single-byte until VornNlsTranslateCpInitialization settles the flag
+        // with the loaded default.
+        const char one[2] = {upperAscii(*p), '\0'};
+        if (one[0] != '\0' && VornDbcs_strvalidate(one, kKeep) == nullptr) name[kept++] = one[0];
     }
     name[kept] = '\0';
     if (kept == 0) qarq::ras::logError("vornnls1_get_table_name", __LINE__, 0, 0, {pair(source)});
