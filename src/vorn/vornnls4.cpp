@@ -1,0 +1,230 @@
+#include "vorn/vornnls4.hpp"
+
+#include "qarq/ras/HeskTrace.hpp"
+#include "vorn/VornNlsCodec.hpp"
+#include "vorn/VornTrace.hpp"
+
+namespace nls = qarq::vorn::nls;
+using nls::load8;
+using nls::put;
+
+#define VORNNLS4_ENTRY(fn)                                                               \
+    QARQ_TRACE_POINT(qarq::vorn::traceControl(), HESK_TRACE_ENTRY, fn,                   \
+                     qarq::ras::pair(source, uint32_t(sourceEnd - source)))
+
+extern "C" {
+
+char* vornnls4_ascii_sbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
+                                  const unsigned char* sourceEnd, char* target,
+                                  char* targetEnd) {
+    VORNNLS4_ENTRY("vornnls4_ascii_sbcs_to_utf8");
+    return nls::sbcsToUtf8<true>(nls::derivedOf(cs)->toUtf8, source, sourceEnd, target,
+                                 targetEnd);
+}
+
+char* vornnls4_ascii_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
+                                  const unsigned char* sourceEnd, char* target,
+                                  char* targetEnd) {
+    VORNNLS4_ENTRY("vornnls4_ascii_dbcs_to_utf8");
+    const uint32_t* t = nls::derivedOf(cs)->toUtf8;
+    const unsigned char* data = nls::dataArea(cs);
+    const unsigned char* s = source;
+    char* out = target;
+    while (s < sourceEnd && out < targetEnd) {
+        if (sourceEnd - s >= 8 && targetEnd - out >= 8) {
+            uint64_t w = load8(s);
+            if ((w & nls::kHighBits) == 0) {
+                nls::store8(out, w);
+                s += 8;
+                out += 8;
+                continue;
+            }
+        }
+        // Single bytes and invalid classes have their form in the table;
+        // 0 marks a lead byte.
+        uint32_t e = t[*s];
+        if (e != 0) {
+            if (!put(out, targetEnd, e)) break;
+            ++s;
+            continue;
+        }
+        if (sourceEnd - s < 2) break;
+        const unsigned char* row = data + 4 * size_t(nls::toFirst(cs, s[0]));
+        if (!put(out, targetEnd, nls::packUtf8(nls::rd16(row + 2 * s[1])))) break;
+        s += 2;
+    }
+    return out;
+}
+
+char* vornnls4_ascii_mbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
+                                  const unsigned char* sourceEnd, char* target,
+                                  char* targetEnd) {
+    VORNNLS4_ENTRY("vornnls4_ascii_mbcs_to_utf8");
+    const uint32_t* t = nls::derivedOf(cs)->toUtf8;
+    const unsigned char* data = nls::dataArea(cs);
+    const unsigned char* byteClass = cs->table + nls::kOffByteClass;
+    const unsigned char* s = source;
+    char* out = target;
+    while (s < sourceEnd && out < targetEnd) {
+        if (sourceEnd - s >= 8 && targetEnd - out >= 8) {
+            uint64_t w = load8(s);
+            if ((w & nls::kHighBits) == 0) {
+                nls::store8(out, w);
+                s += 8;
+                out += 8;
+                continue;
+            }
+        }
+        uint32_t e = t[*s];
+        if (e != 0) {  // below 0x80, or class 1
+            if (!put(out, targetEnd, e)) break;
+            ++s;
+            continue;
+        }
+        unsigned n = byteClass[*s];
+        if (n == 255) {  // dropped
+            ++s;
+            continue;
+        }
+        if (size_t(sourceEnd - s) < n) break;
+        uint32_t v = 0xFFFF;
+        uint32_t p = nls::toFirst(cs, s[0]);
+        for (unsigned i = 1; i < n; ++i) {
+            const unsigned char* node = data + 4 * size_t(p);
+            unsigned count = nls::rd16(node), first = nls::rd16(node + 2);
+            unsigned c = s[i];
+            if (c < first || c - first >= count) {
+                v = 0xFFFF;
+                break;
+            }
+            uint16_t entry = nls::rd16(node + 4 + 2 * (c - first));
+            if (i == n - 1) {
+                v = entry;
+            } else if (entry == 0xFFFF) {
+                v = 0xFFFF;
+                break;
+            } else {
+                p = entry;
+            }
+        }
+        if (!put(out, targetEnd, nls::packUtf8(v))) break;
+        s += n;
+    }
+    return out;
+}
+
+char* vornnls4_ascii_sbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
+                                    const unsigned char* sourceEnd, char* target,
+                                    char* targetEnd) {
+    VORNNLS4_ENTRY("vornnls4_ascii_sbcs_from_utf8");
+    const uint8_t* map = nls::fromByte(nls::derivedOf(cs));
+    const unsigned char* s = source;
+    char* out = target;
+    while (s < sourceEnd && out < targetEnd) {
+        if (sourceEnd - s >= 8 && targetEnd - out >= 8) {
+            uint64_t w = load8(s);
+            if ((w & nls::kHighBits) == 0) {
+                nls::store8(out, w);
+                s += 8;
+                out += 8;
+                continue;
+            }
+        }
+        if (*s < 0x80) {
+            *out++ = char(*s++);
+            continue;
+        }
+        uint32_t v;
+        unsigned used = nls::readUtf8(s, sourceEnd, v);
+        if (used == 0) break;
+        *out++ = char(map[v]);
+        s += used;
+    }
+    return out;
+}
+
+char* vornnls4_ascii_dbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
+                                    const unsigned char* sourceEnd, char* target,
+                                    char* targetEnd) {
+    VORNNLS4_ENTRY("vornnls4_ascii_dbcs_from_utf8");
+    const uint16_t* map = nls::fromWord(nls::derivedOf(cs));
+    const unsigned char* s = source;
+    char* out = target;
+    while (s < sourceEnd && out < targetEnd) {
+        if (sourceEnd - s >= 8 && targetEnd - out >= 8) {
+            uint64_t w = load8(s);
+            if ((w & nls::kHighBits) == 0) {
+                nls::store8(out, w);
+                s += 8;
+                out += 8;
+                continue;
+            }
+        }
+        if (*s < 0x80) {
+            *out++ = char(*s++);
+            continue;
+        }
+        uint32_t v;
+        unsigned used = nls::readUtf8(s, sourceEnd, v);
+        if (used == 0) break;
+        uint16_t w = map[v];
+        if (w < 0x100) {
+            *out++ = char(w);
+        } else {
+            if (targetEnd - out < 2) break;
+            out[0] = char(w >> 8);
+            out[1] = char(w);
+            out += 2;
+        }
+        s += used;
+    }
+    return out;
+}
+
+char* vornnls4_ascii_mbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
+                                    const unsigned char* sourceEnd, char* target,
+                                    char* targetEnd) {
+    VORNNLS4_ENTRY("vornnls4_ascii_mbcs_from_utf8");
+    const unsigned char* data = nls::dataArea(cs);
+    const unsigned char* fromPage = cs->table + nls::kOffFromPage;
+    const unsigned char* s = source;
+    char* out = target;
+    while (s < sourceEnd && out < targetEnd) {
+        if (sourceEnd - s >= 8 && targetEnd - out >= 8) {
+            uint64_t w = load8(s);
+            if ((w & nls::kHighBits) == 0) {
+                nls::store8(out, w);
+                s += 8;
+                out += 8;
+                continue;
+            }
+        }
+        if (*s < 0x80) {
+            *out++ = char(*s++);
+            continue;
+        }
+        uint32_t v;
+        unsigned used = nls::readUtf8(s, sourceEnd, v);
+        if (used == 0) break;
+        const unsigned char* entry =
+            data + 4 * size_t(nls::rd16(fromPage + 2 * (v >> 8))) + 4 * (v & 0xFF);
+        uint16_t prefix = nls::rd16(entry), value = nls::rd16(entry + 2);
+        if (value < 0x100) {
+            *out++ = char(value);
+        } else if (prefix == 0xFFFF) {
+            *out++ = '?';
+        } else {
+            const unsigned char* bytes = data + 16 * size_t(prefix);
+            size_t n = nls::rd16(bytes + 14);
+            if (size_t(targetEnd - out) < n + 2) break;
+            std::memcpy(out, bytes, n);
+            out[n] = char(value >> 8);
+            out[n + 1] = char(value);
+            out += n + 2;
+        }
+        s += used;
+    }
+    return out;
+}
+
+}  // extern "C"
