@@ -1,0 +1,4 @@
+#include "qarq/base/IExceptTraceFn.hpp"
+
+IExceptTraceFn::IExceptTraceFn() = default;
+IExceptTraceFn::~IExceptTraceFn() = default;

@@ -1,0 +1,3 @@
+#include "qarq/base/IMRefCounted.hpp"
+
+IMRefCounted::~IMRefCounted() = default;

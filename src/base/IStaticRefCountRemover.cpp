@@ -1,0 +1,6 @@
+#include "base/IStaticRefCountRemover.hpp"
+
+IStaticRefCountRemover::~IStaticRefCountRemover() {
+    if (ivObject != nullptr)
+        ivObject->removeRef();
+}

@@ -1,0 +1,407 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "base/IBufferLocale.hpp"
+#include "qarq/base/IExceptionClasses.hpp"
+#include "qarq/base/IString.hpp"
+#include "qarq/base/IStringTest.hpp"
+#include "qarq/base/IVBase.hpp"
+#include "qarq/base/Os.hpp"
+
+namespace {
+
+unsigned refs(const IString& s) { return IBuffer::fromContents(s.data())->useCount(); }
+IBuffer* bufferOf(const IString& s) { return IBuffer::fromContents(s.data()); }
+std::string bytes(const IString& s) { return std::string(s.data(), s.length()); }
+
+// Keeps the reports of the exceptions a test provokes off the console.
+class QuietTraceFn : public IException::TraceFn {
+public:
+    void write(const char*) override {}
+};
+
+class StringTest : public ::testing::Test {
+protected:
+    void SetUp() override { previous_ = IException::setTraceFunction(&quiet_); }
+    void TearDown() override { IException::setTraceFunction(previous_); }
+
+    QuietTraceFn quiet_;
+    IException::TraceFn* previous_ = nullptr;
+};
+
+TEST_F(StringTest, DefaultStringsShareOneEmptyTerminatedBuffer) {
+    IString a;
+    unsigned before = refs(a);
+    IString b;
+    EXPECT_EQ(a.data(), b.data());
+    EXPECT_EQ(refs(a), before + 1);
+    EXPECT_EQ(a.length(), 0u);
+    EXPECT_STREQ(a.data(), "");
+    EXPECT_EQ(IString(static_cast<const char*>(nullptr)).length(), 0u);
+    // An empty result shares the same buffer instead of making one.
+    EXPECT_EQ(IString("").data(), a.data());
+    EXPECT_EQ((IString() + "").data(), a.data());
+}
+
+TEST_F(StringTest, ConstructionFromEveryType) {
+    EXPECT_EQ(bytes(IString(nullptr, 5, '*')), "*****");
+    EXPECT_EQ(bytes(IString("ab", 2, nullptr, 2, "c", 1, '-')), "ab--c");
+    IString nul(char(0));
+    EXPECT_EQ(nul.length(), 1u);
+    EXPECT_EQ(nul.data()[0], '\0');
+    EXPECT_EQ(IString(1.5), "1.5");
+    EXPECT_EQ(IString(0.1), "0.1");
+    EXPECT_EQ(IString(-7), "-7");
+    EXPECT_EQ(IString(short(-32768)), "-32768");
+    EXPECT_EQ(IString(4294967295U), "4294967295");
+    EXPECT_EQ(IString(static_cast<unsigned short>(65535)), "65535");
+    EXPECT_EQ(IString(static_cast<unsigned char>(0xC4)).length(), 1u);
+    EXPECT_EQ(IString(reinterpret_cast<const unsigned char*>("xy")), "xy");
+    EXPECT_EQ(IString("123abc").asUnsigned(), 123ul);
+}
+
+TEST_F(StringTest, CopiesShareUntilIndexedForWriting) {
+    IString s1("abc");
+    IString s2 = s1;
+    EXPECT_EQ(s1.data(), s2.data());
+    EXPECT_EQ(refs(s1), 2u);
+
+    // data() is the shared memory itself: a write reaches every sharer.
+    s2.data()[0] = 'z';
+    EXPECT_EQ(s1, "zbc");
+    static_cast<char*>(s2)[1] = 'y';
+    EXPECT_EQ(s1, "zyc");
+
+    // The non-const index makes the buffer private first.
+    s2[1] = 'x';
+    EXPECT_EQ(s1, "zyc");
+    EXPECT_EQ(s2, "xyc");
+    EXPECT_NE(s1.data(), s2.data());
+    EXPECT_EQ(refs(s1), 1u);
+
+    // Sole owner: written in place.
+    char* before = s2.data();
+    s2[3] = 'q';
+    EXPECT_EQ(s2.data(), before);
+    EXPECT_EQ(s2, "xyq");
+
+    s1 = s1;  // self-assignment keeps the buffer alive
+    EXPECT_EQ(s1, "zyc");
+    EXPECT_EQ(refs(s1), 1u);
+}
+
+TEST_F(StringTest, IndexRules) {
+    IString s("abc");
+    const IString& c = s;
+    EXPECT_EQ(&c[0], &c[1]);
+    EXPECT_EQ(c[3u], 'c');
+    EXPECT_EQ(c[2l], 'b');
+    EXPECT_EQ(c[static_cast<unsigned long>(1)], 'a');
+    try {
+        (void)c[4];
+        FAIL() << "const index past the end must throw";
+    } catch (const IInvalidRequest& e) {
+        EXPECT_EQ(e.errorId(), 52u);
+        EXPECT_TRUE(e.isRecoverable());
+        EXPECT_STREQ(e.text(), "An attempt was made to index beyond the end of a const IString.");
+        ASSERT_EQ(e.locationCount(), 1u);
+        EXPECT_STREQ(e.locationAtIndex(0)->functionName(), "IString::operator []");
+        EXPECT_STREQ(e.locationAtIndex(0)->fileName(), ".\\base\\istring5");
+    }
+    EXPECT_THROW((void)c[-1], IInvalidRequest);
+    EXPECT_THROW((void)c[-1l], IInvalidRequest);
+    EXPECT_THROW(s[-1] = 'x', IInvalidRequest);
+    EXPECT_THROW((void)c[static_cast<unsigned long>(0x100000001ul)], IInvalidRequest);
+
+    // Writing past the end pads with blanks.
+    s[5] = 'e';
+    EXPECT_EQ(bytes(s), "abc e");
+    IString t("abc");
+    (void)t[5];
+    EXPECT_EQ(bytes(t), "abc  ");
+}
+
+TEST_F(StringTest, AppendInPlaceOnlyWithinCapacityAndUnshared) {
+    EXPECT_EQ(IBuffer::capacity(0), 0u);
+    EXPECT_EQ(IBuffer::capacity(31), 32u);
+    EXPECT_EQ(IBuffer::capacity(32), 64u);
+
+    IString s30(nullptr, 30, 'a');
+    char* at30 = s30.data();
+    s30 += "b";  // 30 -> 31 fits beside the terminator
+    EXPECT_EQ(s30.data(), at30);
+    EXPECT_EQ(s30.length(), 31u);
+    EXPECT_EQ(s30.data()[31], '\0');
+    s30 += "c";  // 31 -> 32 needs a new block
+    EXPECT_NE(s30.data(), at30);
+    EXPECT_EQ(s30.length(), 32u);
+    EXPECT_EQ(bytes(s30), std::string(30, 'a') + "bc");
+
+    // A sharer sees none of an append.
+    IString shared("abc");
+    IString other = shared;
+    shared += "d";
+    EXPECT_EQ(other, "abc");
+    EXPECT_EQ(shared, "abcd");
+
+    // Appending nothing keeps the very same buffer; the shared empty buffer
+    // is never written.
+    IString same("abc");
+    char* before = same.data();
+    same += "";
+    same += IString();
+    same += static_cast<const char*>(nullptr);
+    EXPECT_EQ(same.data(), before);
+    IString empty;
+    empty += "x";
+    EXPECT_EQ(IString().length(), 0u);
+    EXPECT_EQ(empty, "x");
+
+    IString twice("ab");
+    twice += twice;
+    EXPECT_EQ(bytes(twice), "abab");
+    EXPECT_EQ(twice.data()[4], '\0');
+}
+
+TEST_F(StringTest, EmbeddedNulsSurviveEveryOperation) {
+    const char raw[] = {'a', '\0', 'b'};
+    IString s(raw, 3);
+    IString copy = s;
+    IString joined = s + IString(raw, 3);
+    EXPECT_EQ(joined.length(), 6u);
+    EXPECT_EQ(bytes(joined), std::string(raw, 3) + std::string(raw, 3));
+    EXPECT_EQ(bytes(s.subString(2)), std::string("\0b", 2));
+    EXPECT_EQ(copy, s);
+    EXPECT_FALSE(s == IString("a"));            // the NUL and "b" still count
+    EXPECT_TRUE(s >= IString("a"));
+    const char less[] = {'a', '\0', 'a'};
+    EXPECT_TRUE(IString(less, 3) < s);
+}
+
+TEST_F(StringTest, CompareResults) {
+    IString abS("ab"), abcS("abc"), emptyS;
+    EXPECT_EQ(bufferOf(abS)->compare("abc", 3), 2);
+    EXPECT_EQ(bufferOf(abcS)->compare("ab", 2), 1);
+    EXPECT_EQ(bufferOf(emptyS)->compare(nullptr, 0), 1);
+    EXPECT_EQ(bufferOf(emptyS)->compare("", 0), 0);
+    EXPECT_EQ(bufferOf(emptyS)->compare("a", 1), 2);
+    EXPECT_EQ(bufferOf(abS)->compare("", 0), 1);
+    EXPECT_EQ(bufferOf(abS)->compare(abS.data(), 2), 0);
+    EXPECT_TRUE(IString("b") > IString("abc"));
+    EXPECT_TRUE(IString("abc") != "abd");
+    EXPECT_TRUE("abc" == IString("abc"));
+    EXPECT_TRUE(IString("\xff") > IString("a"));  // bytes compare unsigned
+}
+
+TEST_F(StringTest, LocaleModeComparesSegmentsWithCollation) {
+    using qarq::base::parseLocaleMode;
+    EXPECT_EQ(parseLocaleMode("ON"), 1);
+    EXPECT_EQ(parseLocaleMode("oN"), 1);
+    EXPECT_EQ(parseLocaleMode("ON "), 0);
+    EXPECT_EQ(parseLocaleMode("yes"), 0);
+    EXPECT_EQ(parseLocaleMode(nullptr), 0);
+
+    // The mode is read once from the environment through the OS seam.
+    static const char* value = "on";
+    qarq::base::setLocaleMode(-1);
+    {
+        qarq::os::ScopedOsCall env(&qarq::os::Calls::getenv,
+                                   +[](const char* name) -> char* {
+                                       return std::strcmp(name, "NORBU_I18N") == 0
+                                                  ? const_cast<char*>(value)
+                                                  : nullptr;
+                                   });
+        EXPECT_EQ(IBuffer::localeMode(), 1);
+    }
+    EXPECT_EQ(IBuffer::localeMode(), 1);
+
+    const char a[] = {'a', 'b', '\0', 'c'};
+    const char b[] = {'a', 'b', '\0', 'd'};
+    const char c[] = {'a', 'b', '\0', '\0'};
+    EXPECT_EQ(IString(a, 4), IString(a, 4));
+    EXPECT_TRUE(IString(a, 4) < IString(b, 4));
+    // The longer run of NULs is the lesser.
+    EXPECT_TRUE(IString(c, 4) < IString(a, 4));
+    EXPECT_TRUE(IString("abc") > IString("abb"));
+    EXPECT_EQ(bytes(IString("abc").subString(2)), "bc");
+    EXPECT_EQ(qarq::base::locale_ncmp("x", "x", 1), 0);
+    qarq::base::setLocaleMode(0);
+}
+
+TEST_F(StringTest, SubStringRemoveStripChange) {
+    IString abc("abc");
+    EXPECT_EQ(bytes(abc.subString(2, 5, '.')), "bc...");
+    EXPECT_EQ(bytes(abc.subString(9, 2, '.')), "..");
+    EXPECT_EQ(abc.subString(0), "abc");
+    EXPECT_EQ(abc.subString(4).length(), 0u);
+    EXPECT_EQ(abc.subString(2, 1), "b");
+    EXPECT_EQ(abc.subString(1, 0).length(), 0u);
+
+    IString r("abc");
+    char* before = r.data();
+    r.remove(1, 0);
+    r.remove(9, 1);
+    EXPECT_EQ(r.data(), before);
+    EXPECT_EQ(IString("abc").remove(2), "a");
+    EXPECT_EQ(IString("abcdef").remove(2, 2), "adef");
+    EXPECT_EQ(IString("abc").remove(0, 99).length(), 0u);
+    EXPECT_EQ(IString::remove(abc, 1, 1), "bc");
+    EXPECT_EQ(abc, "abc");
+
+    IString blanks("   ");
+    blanks.strip();
+    EXPECT_EQ(blanks.data(), IString().data());
+    EXPECT_EQ(IString(" \t a b \n").strip(), "a b");
+    EXPECT_EQ(IString("xxaxx").strip("x", 1, IBuffer::leading), "axx");
+    EXPECT_EQ(IString("xxaxx").strip("x", 1, IBuffer::trailing), "xxa");
+    EXPECT_EQ(IString("xxx").strip("x", 1, IBuffer::trailing).length(), 0u);
+    EXPECT_EQ(IString("00120").stripLeading('0'), "120");
+    IString kept("abc");
+    before = kept.data();
+    kept.strip();
+    EXPECT_EQ(kept.data(), before);
+    EXPECT_EQ(IString("12ab3").strip(IStringTest(isdigit)), "ab");
+
+    EXPECT_EQ(IString("aaa").change("aa", "a"), "aa");
+    EXPECT_EQ(IString("abcabc").change("b", "XYZ"), "aXYZcaXYZc");
+    EXPECT_EQ(IString("abcabc").change("bc", ""), "aa");
+    EXPECT_EQ(IString("abab").change("ab", "").length(), 0u);
+    EXPECT_EQ(IString("abcabc").change("b", "B", 3), "abcaBc");
+    EXPECT_EQ(IString("bbb").change("b", "c", 1, 2), "ccb");
+    IString none("abc");
+    before = none.data();
+    none.change("b", "x", 1, 0);
+    EXPECT_EQ(none.data(), before);
+    // Equal lengths: a sharer keeps the old text.
+    IString original("abab");
+    IString sharer = original;
+    original.change("a", "x");
+    EXPECT_EQ(original, "xbxb");
+    EXPECT_EQ(sharer, "abab");
+    EXPECT_EQ(IString::change(sharer, "b", "yy"), "ayyayy");
+}
+
+TEST_F(StringTest, DebugAndNumberTexts) {
+    IString s("abc");
+    std::string info = bytes(s.asDebugInfo());
+    EXPECT_EQ(info, "IString(@" + std::to_string(reinterpret_cast<uintptr_t>(&s)) +
+                        ",pBuffer->IBuffer(@" +
+                        std::to_string(reinterpret_cast<uintptr_t>(bufferOf(s))) +
+                        ",refs=1,len=3,data=[abc]))");
+    IString longText("abcdefghijklmnopqrstuvwxyz");
+    EXPECT_NE(bytes(bufferOf(longText)->asDebugInfo()).find(",len=26,data=[abcdefghij...qrstuvwxyz])"),
+              std::string::npos);
+
+    IVBase object;
+    char expected[64];
+    std::snprintf(expected, sizeof expected, "IVBase(@%lX)",
+                  static_cast<unsigned long>(reinterpret_cast<uintptr_t>(&object)));
+    std::string hex = bytes(object.asDebugInfo());
+    // Two digits a byte: an odd count of digits gets a leading zero.
+    EXPECT_TRUE(hex == expected || hex == std::string("IVBase(@0") + (expected + 8)) << hex;
+    EXPECT_EQ(object.asString(), "IVBase object");
+
+    EXPECT_EQ(IString("\x01\xAB").asHexText(), "01AB");
+    EXPECT_EQ(IString().asHexText().length(), 0u);
+    EXPECT_EQ(bytes(IString("0").decimalToBytes()), std::string(1, '\0'));
+    EXPECT_EQ(IString("255").decimalToHexText(), "FF");
+    EXPECT_EQ(IString("256").decimalToHexText(), "0100");
+    EXPECT_EQ(IString("12a").decimalToBytes().length(), 0u);
+    EXPECT_EQ(IString("4294967296").decimalToHexText(), "0100000000");
+    EXPECT_EQ(IString("99999999999").decimalToHexText(), "174876E7FF");
+    EXPECT_EQ(IString("18446744073709551615").decimalToHexText(), "FFFFFFFFFFFFFFFF");
+    EXPECT_EQ(IString("340282366920938463463374607431768211456").decimalToHexText(),
+              "0100000000000000000000000000000000");
+    EXPECT_EQ(IString("000255").decimalToHexText(), "FF");
+}
+
+TEST_F(StringTest, OverflowIsRefusedWithId51) {
+    EXPECT_EQ(IBuffer::checkedAdd(1, 2), 3u);
+    EXPECT_EQ(IBuffer::checkedMultiply(0x10000, 0xFFFF), 0xFFFF0000u);
+    try {
+        IBuffer::checkedAdd(0xFFFFFFF0u, 0x10u);
+        FAIL();
+    } catch (const IInvalidRequest& e) {
+        EXPECT_EQ(e.errorId(), 51u);
+        EXPECT_STREQ(e.text(), "Attempt to allocate an IString that is too big.");
+        EXPECT_STREQ(e.locationAtIndex(0)->functionName(), "IBuffer::overflow");
+        EXPECT_STREQ(e.locationAtIndex(0)->fileName(), ".\\base\\ibuffer0");
+    }
+    EXPECT_THROW(IBuffer::checkedMultiply(0x10000, 0x10000), IInvalidRequest);
+    // The refusal comes before any allocation.
+    EXPECT_THROW(IString(nullptr, 0x80000000u, nullptr, 0x80000000u), IInvalidRequest);
+    IString small("abc");
+    EXPECT_THROW(small[0x100000000l] = 'x', IInvalidRequest);
+    EXPECT_EQ(small, "abc");
+}
+
+TEST_F(StringTest, ExhaustedHeapThrowsOutOfMemoryAndKeepsTheString) {
+    IString s("abc");
+    qarq::os::ScopedOsCall noMemory(&qarq::os::Calls::malloc,
+                                    +[](size_t) -> void* { return nullptr; });
+    EXPECT_THROW(s + "def", IOutOfMemory);
+    try {
+        s += "defghijklmnopqrstuvwxyz0123456789";  // past the room of the block
+        FAIL();
+    } catch (const IResourceExhausted& e) {
+        EXPECT_STREQ(e.name(), "IOutOfMemory");
+    }
+    EXPECT_EQ(s, "abc");
+    IString shared = s;
+    EXPECT_THROW(s[1] = 'x', IOutOfMemory);
+    EXPECT_EQ(shared, "abc");
+    EXPECT_EQ(refs(s), 2u);
+}
+
+TEST_F(StringTest, FirstStringsOnManyThreadsShareOneDefaultBuffer) {
+    // The death-test child starts afresh, so its threads make the process's
+    // very first strings.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            std::atomic<bool> go{false};
+            std::vector<std::thread> threads;
+            std::vector<const char*> seen(8);
+            for (int i = 0; i < 8; ++i)
+                threads.emplace_back([&, i] {
+                    while (!go.load()) {
+                    }
+                    IString s;
+                    seen[i] = s.data();
+                });
+            go = true;
+            for (auto& t : threads)
+                t.join();
+            IString last;
+            for (const char* p : seen)
+                if (p != last.data())
+                    std::exit(1);
+            std::exit(refs(last) == 2 ? 0 : 2);  // the process's own and last's
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(StringTest, CopiesLiveOnManyThreads) {
+    IString shared("shared text");
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([shared] {
+            for (int k = 0; k < 10000; ++k) {
+                IString copy = shared;
+                IString again(copy);
+                again += "x";  // shared: always a new buffer
+                if (again.length() != 12)
+                    std::abort();
+            }
+        });
+    for (auto& t : threads)
+        t.join();
+    EXPECT_EQ(refs(shared), 1u);
+}
+
+}  // namespace

@@ -1,0 +1,242 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "RecordCapture.hpp"
+#include "qarq/vorn/VornExcBase.hpp"
+#include "qarq/vorn/VornJavaRead.hpp"
+#include "qarq/vorn/VornJavaWrite.hpp"
+#include "vorn/VornTrace.hpp"
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+Bytes written(const VornJavaWrite& w) {
+    const auto* p = reinterpret_cast<const unsigned char*>(w.getBuffer());
+    return Bytes(p, p + w.calculateUsedLength());
+}
+
+// A reader over its own copy of the bytes, freed at the end as a caller would.
+class Stream {
+public:
+    explicit Stream(const Bytes& bytes) : block_(new char[bytes.size() + 1]) {
+        std::memcpy(block_, bytes.data(), bytes.size());
+        reader_.setBuffer(block_, static_cast<unsigned>(bytes.size()));
+    }
+    ~Stream() { delete[] reader_.getBuffer(); }
+    VornJavaRead& reader() { return reader_; }
+
+private:
+    char* block_;
+    VornJavaRead reader_;
+};
+
+class Writer : public VornJavaWrite {
+public:
+    ~Writer() override { delete[] getBuffer(); }
+};
+
+TEST(VornStream, WriterGrowsByTheNeededSizePlus4096) {
+    Writer w;
+    EXPECT_EQ(w.getBuffer(), nullptr);
+    EXPECT_EQ(w.getLength(), 0u);
+    w.writeInt(1);
+    EXPECT_EQ(w.getLength(), 4097u);  // grown at the first tag byte
+    EXPECT_EQ(w.calculateUsedLength(), 6u);
+    EXPECT_EQ(written(w), (Bytes{0x00, 0x08, 0x00, 0x00, 0x00, 0x01}));
+
+    // A put of exactly the remaining room does not grow.
+    std::vector<char> fill(4097 - 6, 'f');
+    char* block = w.getBuffer();
+    w.putBytes(fill.data(), static_cast<unsigned>(fill.size()));
+    EXPECT_EQ(w.getBuffer(), block);
+    EXPECT_EQ(w.getLength(), 4097u);
+    // One more int across the end grows at the byte that does not fit.
+    w.writeInt(-1);
+    EXPECT_EQ(w.getLength(), 4098u + 4096u);
+    EXPECT_EQ(w.calculateUsedLength(), 4103u);
+    EXPECT_EQ(written(w)[0], 0x00);  // the used bytes moved along
+
+    w.resetBuffer();
+    EXPECT_EQ(w.calculateUsedLength(), 0u);
+    EXPECT_EQ(w.getLength(), 8194u);
+}
+
+TEST(VornStream, PutBytesKeepsOnlyTheUsedPart) {
+    char* block = new char[20];
+    std::memset(block, 'u', 20);
+    Writer w;
+    w.setBuffer(block, 20);
+    w.putBytes("0123456789", 10);
+    std::vector<char> big(10000, 'b');
+    w.putBytes(big.data(), 10000);
+    EXPECT_EQ(w.getLength(), 14106u);
+    EXPECT_EQ(w.calculateUsedLength(), 10010u);
+    EXPECT_EQ(std::string(w.getBuffer(), 10), "0123456789");
+    EXPECT_EQ(w.getBuffer()[10009], 'b');
+}
+
+TEST(VornStream, EveryPrimitiveRoundTrips) {
+    Writer w;
+    w.writeByte('\x80').writeChar('c').writeShort(-2).writeShort(0x7FFF).writeInt(INT32_MIN);
+    w.writeLong(-2).writeLong(0x80000000LL).writeLong(INT64_MIN).writeBoolean(5).writeBoolean(0);
+    w.writeType(0xBEEF);
+    w.writeLength(-1);
+    w.writeShortLength(-300);
+
+    Bytes bytes = written(w);
+    // Spot checks of the wire form.
+    EXPECT_EQ(Bytes(bytes.begin(), bytes.begin() + 3), (Bytes{0x02, 0x00, 0x80}));
+    const Bytes minus2 = {0x00, 0x20, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE};
+    const Bytes big = {0x00, 0x20, 0x00, 0x00, 0x00, 0x00, 0x80, 0x00, 0x00, 0x00};
+    EXPECT_EQ(Bytes(bytes.begin() + 20, bytes.begin() + 30), minus2);
+    EXPECT_EQ(Bytes(bytes.begin() + 30, bytes.begin() + 40), big);
+
+    Stream s(bytes);
+    VornJavaRead& r = s.reader();
+    EXPECT_EQ(r.readByte(), '\x80');
+    EXPECT_EQ(r.readChar(), 'c');
+    EXPECT_EQ(r.readShort(), -2);
+    EXPECT_EQ(r.readShort(), 0x7FFF);
+    EXPECT_EQ(r.readInt(), INT32_MIN);
+    EXPECT_EQ(r.readLong(), -2);
+    EXPECT_EQ(r.readLong(), 0x80000000LL);
+    EXPECT_EQ(r.readLong(), INT64_MIN);
+    EXPECT_EQ(r.readBoolean(), 1);
+    EXPECT_EQ(r.readBoolean(), 0);
+    EXPECT_EQ(r.readType(), 0xBEEF);
+    EXPECT_EQ(r.readLength(), -1);
+    EXPECT_EQ(r.readShortLength(), -300);
+    EXPECT_EQ(r.calculateUsedLength(), r.getLength());
+}
+
+TEST(VornStream, ReadsAcrossTheSlowPathAndPeerBytes) {
+    // Booleans as a peer may send them, and a char read of a short.
+    Stream s({0x08, 0x00, 0xFF, 0x08, 0x00, 0x02, 0x00, 0x02, 0x12, 0x34, 0x00, 0x08, 0x00, 0x00});
+    VornJavaRead& r = s.reader();
+    EXPECT_EQ(r.readBoolean(), -1);
+    EXPECT_EQ(r.readBoolean(), 2);
+    EXPECT_EQ(r.readChar(), 0x12);  // takes only the high byte
+    EXPECT_EQ(r.calculateUsedLength(), 9u);
+    char* block = r.getBuffer();
+    // An int whose payload is cut short: overrun, and the reader is where it
+    // was after the tag with the same block.
+    try {
+        r.getByte();
+        r.readInt();
+        FAIL() << "a short stream must not be read past its end";
+    } catch (VornExcBase& e) {
+        EXPECT_STREQ(e.name(), "VornExcBase");
+        EXPECT_EQ(e.errorId(), 14u);
+        ASSERT_EQ(e.textCount(), 3u);
+        EXPECT_STREQ(e.text(2), "Buffer overrun exception...get/put past end of buffer");
+        EXPECT_STREQ(e.text(1), "VornJavaRead");
+        EXPECT_EQ(std::string(e.text(0)).rfind("VornJavaRead[VornBuffer[this=0x", 0), 0u);
+    }
+    EXPECT_EQ(r.getBuffer(), block);
+    EXPECT_EQ(r.getLength(), 14u);
+    EXPECT_EQ(r.calculateUsedLength(), 12u);
+    char out[4];
+    EXPECT_THROW(r.getBytes(out, 3), VornExcBase);
+    EXPECT_EQ(r.getBytes(out, 2).calculateUsedLength(), 14u);
+
+    VornJavaRead empty;
+    EXPECT_THROW(empty.readInt(), VornExcBase);
+    EXPECT_EQ(empty.getBuffer(), nullptr);
+}
+
+TEST(VornStream, WrongTagFailsAfterItsRecord) {
+    RecordCapture records;
+    Stream s({0x00, 0x08, 0x00, 0x00, 0x00, 0x01});
+    VornJavaRead& r = s.reader();
+    try {
+        r.readLong();
+        FAIL();
+    } catch (VornExcBase& e) {
+        EXPECT_EQ(e.errorId(), 8u);
+        EXPECT_TRUE(e.isRecoverable());
+        ASSERT_EQ(e.textCount(), 3u);
+        EXPECT_STREQ(e.text(2), "Invalid Java serialization TYPE...Read: 8, Expected: 32 or 0");
+        EXPECT_STREQ(e.locationAtIndex(0)->functionName(), "VornJavaRead::assertTypeRead");
+    }
+    EXPECT_EQ(r.calculateUsedLength(), 2u);  // not rewound: past the tag
+
+    auto errors = records.ofKind(HESK_RECORD_ERROR);
+    ASSERT_EQ(errors.size(), 2u);
+    // First the detecting code's own record with the three tags...
+    EXPECT_EQ(errors[0].function, "VornJavaRead::assertTypeRead");
+    ASSERT_EQ(errors[0].pairs.size(), 3u);
+    uint16_t values[3];
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(errors[0].pairs[i].size(), 2u);
+        std::memcpy(&values[i], errors[0].pairs[i].data(), 2);
+    }
+    EXPECT_EQ(values[0], 8);
+    EXPECT_EQ(values[1], 32);
+    EXPECT_EQ(values[2], 0);
+    // ...then the family's record naming the class.
+    EXPECT_EQ(errors[1].function, "logAnExc");
+    EXPECT_EQ(errors[1].pairs[0], "Id: 8, Rec?: 1, Exc: VornJavaExcReadBadType\n");
+
+    try {
+        r.assertTypeRead(0, 0, 0);
+        FAIL() << "a zero tag never passes";
+    } catch (VornExcBase& e) {
+        EXPECT_STREQ(e.text(2), "Invalid Java serialization TYPE...Read: 0, Expected: 0 or 0");
+    }
+    EXPECT_NO_THROW(r.assertTypeRead(0x2000, 0x0001, 0x2000));
+    EXPECT_THROW(r.assertTypeRead(0x0002, 0x0001, 0x2000), VornExcBase);
+}
+
+TEST(VornStream, TextForms) {
+    char block[8];
+    VornJavaRead r(block, 8);
+    r.getByte();
+    std::string info(r.asDebugInfo().data());
+    EXPECT_EQ(info.rfind("VornJavaRead[VornBuffer[this=0x", 0), 0u);
+    EXPECT_NE(info.find(", length=8, next=0x"), std::string::npos);
+    EXPECT_NE(info.find(", used=1]]"), std::string::npos);
+    char hexSelf[32];
+    std::snprintf(hexSelf, sizeof hexSelf, "%lX", static_cast<unsigned long>(reinterpret_cast<uintptr_t>(&r)));
+    std::string digits = std::strlen(hexSelf) % 2 ? std::string("0") + hexSelf : hexSelf;
+    EXPECT_EQ(info.substr(31, digits.size() + 2), digits + ", ");
+    EXPECT_NE(std::string(VornJavaWrite().asDebugInfo().data()).find(", buffer=0x00, length=0"),
+              std::string::npos);
+    EXPECT_EQ(VornJavaWrite().asString(), "VornJavaWrite");
+}
+
+TEST(VornStream, TracePointsFireOnlyBehindTheGate) {
+    RecordCapture records;
+    TraceControl*& control = qarq::vorn::traceControl();
+    TraceControl* saved = control;
+    TraceControl on = {HESK_MASK_ENTRY | HESK_MASK_EXIT, 3};
+    Writer w;
+    control = &on;
+    w.writeInt(42);
+    Stream s(written(w));
+    int value = s.reader().readInt();
+    control = saved;
+    w.writeInt(43);
+    EXPECT_EQ(value, 42);
+
+    auto traces = records.ofKind(HESK_RECORD_TRACE);
+    std::vector<std::string> names;
+    for (const auto& t : traces)
+        names.push_back(t.function + "/" + std::to_string(t.traceKind));
+    std::vector<std::string> expected = {
+        "VornJavaWrite::writeInt/1", "VornJavaWrite::writeType/1", "VornBuffer::putByte/1",
+        "VornBuffer::putByte/1",     "VornBuffer::putByte/1",      "VornBuffer::putByte/1",
+        "VornBuffer::putByte/1",     "VornBuffer::putByte/1",      "VornBuffer::setBuffer/1",
+        "VornJavaRead::readInt/1",   "VornJavaRead::readInt/2"};
+    EXPECT_EQ(names, expected);
+    int32_t read;
+    ASSERT_EQ(traces.back().pairs.size(), 1u);
+    std::memcpy(&read, traces.back().pairs[0].data(), 4);
+    EXPECT_EQ(read, 42);
+}
+
+}  // namespace
