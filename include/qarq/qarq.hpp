@@ -4,6 +4,7 @@
 #include "qarq/version.hpp"
 #include "qarq/base/Version.hpp"
 #include "qarq/base/Os.hpp"
+#include "qarq/base/RobustMutex.hpp"
 #include "qarq/ras/MessageCatalogue.hpp"
 #include "qarq/ras/qarzras.hpp"
 #include "qarq/base/IBase.hpp"

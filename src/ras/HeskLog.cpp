@@ -15,6 +15,7 @@ namespace {
 // Variadic callers are trusted for the count only up to this many items; a
 // larger count is a caller bug and is cut rather than read off the stack.
 constexpr int kMaxItems = 64;
+constexpr size_t kMaxInsert = 1024;
 
 const qarq::ras::MessageCatalogue& qarzCatalogue() {
     static const qarq::ras::MessageCatalogue* catalogue = [] {
@@ -34,9 +35,18 @@ void emitMessage(int kind, const char* function, int line, int number, const cha
                  int severity, int count, const char* const* inserts) {
     if (count < 0 || inserts == nullptr) count = 0;
     if (count > kMaxItems) count = kMaxItems;
-    std::vector<const char*> safe(inserts, inserts + count);
-    for (auto& s : safe)
-        if (s == nullptr) s = "";
+    // Inserts are cut at kMaxInsert bytes, so neither the text nor the line
+    // grows with a hostile insert.
+    std::vector<std::string> cut(static_cast<size_t>(count));
+    std::vector<const char*> safe(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i) {
+        const char* insert = inserts[i] != nullptr ? inserts[i] : "";
+        if (strnlen(insert, kMaxInsert + 1) > kMaxInsert) {
+            cut[i].assign(insert, kMaxInsert);
+            insert = cut[i].c_str();
+        }
+        safe[i] = insert;
+    }
     const char* pattern = HeskMessageText(module, number);
     std::string text;
     if (*pattern != '\0') {

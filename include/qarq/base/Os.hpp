@@ -11,6 +11,7 @@
 // code, through ScopedOsCall).
 #pragma once
 
+#include <dirent.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -56,6 +57,13 @@ struct Calls {
     // time and environment
     int (*clock_gettime)(clockid_t clock, struct timespec* now);
     char* (*getenv)(const char* name);
+    // added for the robust mutex layer and log roll-over
+    int (*fchmod)(int fd, mode_t mode);
+    /// rename(2) that fails with EEXIST instead of replacing an existing `to`.
+    int (*renameNoReplace)(const char* from, const char* to);
+    DIR* (*opendir)(const char* path);
+    struct dirent* (*readdir)(DIR* dir);
+    int (*closedir)(DIR* dir);
 };
 
 /// The live table: what the libraries call.

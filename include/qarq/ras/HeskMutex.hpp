@@ -5,9 +5,14 @@
 // SIGKILL) never blocks the others: the next taker finds the lock abandoned,
 // makes it consistent and holds it.
 //
+// Every lock word stands for the same machine-wide mutex (the library keeps
+// one word, for the audit log). While held, the word holds the holder's
+// thread id, for debugging only. Mappings are made once per process and kept.
+//
 // Threads and processes: all functions are safe from any thread of any
-// process. The locks are not recursive: a thread that takes one twice waits
-// for ever.
+// process; a lock is freed on the thread that took it. The locks are not
+// recursive: taking one again on the thread that holds it fails at once
+// (GETRAM returns 0, the named get EDEADLK) rather than waiting for ever.
 #pragma once
 
 #include <cstdint>
@@ -22,15 +27,18 @@ extern "C" {
 /// the named lock.
 QARQ_API int HESKMUTEXGETRAM(volatile int32_t* lockWord);
 
-/// Frees what HESKMUTEXGETRAM took on the same word.
+/// Frees what HESKMUTEXGETRAM took on the same word; does nothing when the
+/// calling thread holds nothing through it.
 QARQ_API void HESKMUTEXFREERAM(volatile int32_t* lockWord);
 
 /// Takes the named lock `name` ("Audit"), waiting until it is held, and stores
 /// a handle for HESKMUTEXNAMEDFREEOS in *handle. Returns 0 when held, else an
-/// errno value with *handle null.
+/// errno value with *handle null (EINVAL: null or over-long name or handle;
+/// else the shared-memory failure).
 QARQ_API int HeskMutexNamedGet(const char* name, void** handle);
 
-/// Frees the named lock behind *handle and clears the handle.
+/// Frees the named lock behind *handle and clears the handle. A handle that
+/// HeskMutexNamedGet did not give out is ignored.
 QARQ_API void HESKMUTEXNAMEDFREEOS(void** handle);
 
 }  // extern "C"

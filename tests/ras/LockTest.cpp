@@ -1,0 +1,307 @@
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include <cerrno>
+#include <thread>
+
+#include "RasTestSupport.hpp"
+#include "base/posix/SharedMemory.hpp"
+#include "qarq/base/Os.hpp"
+#include "qarq/base/RobustMutex.hpp"
+
+namespace {
+
+using qarq::os::RobustMutex;
+using rastest::Child;
+using rastest::ShmNamespace;
+using rastest::TempDir;
+
+int failShmOpen(const char*, int, mode_t) {
+    errno = EMFILE;
+    return -1;
+}
+
+TEST(RobustMutexLocal, ReportsWin32CodesAndRefusesMisuse) {
+    RobustMutex mutex;
+    EXPECT_FALSE(mutex.isNamed());
+    EXPECT_EQ(mutex.lock(qarq::os::kWaitForever), qarq::os::kWaitSignalled);
+    errno = 0;
+    EXPECT_EQ(mutex.lock(0), qarq::os::kWaitFailed);
+    EXPECT_EQ(errno, EDEADLK) << "the holder locking again is an error, not a hang";
+    int other = -2, otherUnlock = -2;
+    std::thread([&] {
+        other = mutex.lock(30);
+        otherUnlock = mutex.unlock();
+    }).join();
+    EXPECT_EQ(other, qarq::os::kWaitTimeout);
+    EXPECT_EQ(otherUnlock, EPERM);
+    EXPECT_EQ(mutex.unlock(), 0);
+    EXPECT_EQ(mutex.lock(-5), qarq::os::kWaitFailed);
+    EXPECT_EQ(errno, EINVAL) << "only -1 waits for ever";
+}
+
+TEST(RobustMutexLocal, ThreadEndingWhileHoldingLeavesItAbandoned) {
+    RobustMutex mutex;
+    std::thread([&] { EXPECT_EQ(mutex.lock(qarq::os::kWaitForever), 0); }).join();
+    EXPECT_EQ(mutex.lock(1000), qarq::os::kWaitAbandoned);
+    EXPECT_EQ(mutex.unlock(), 0);
+    EXPECT_EQ(mutex.lock(0), qarq::os::kWaitSignalled) << "consistent again after recovery";
+    EXPECT_EQ(mutex.unlock(), 0);
+}
+
+TEST(RobustMutexNamed, NamesAreEscapedAndPrivatePrefixesApply) {
+    std::string name;
+    {
+        rastest::ScopedEnv plain("QARZ_SHM_PREFIX", nullptr);
+        ASSERT_EQ(qarq::os::sharedObjectName("Audit", nullptr, &name), 0);
+        EXPECT_EQ(name, "/qarq.Audit");
+        ASSERT_EQ(qarq::os::sharedObjectName("a/b c%\xff", ".ctr", &name), 0);
+        EXPECT_EQ(name, "/qarq.a%2Fb%20c%25%FF.ctr");
+        ASSERT_EQ(qarq::os::sharedObjectName("..", nullptr, &name), 0);
+        EXPECT_EQ(name, "/qarq...");
+    }
+    ShmNamespace ns;
+    ASSERT_EQ(qarq::os::sharedObjectName("x", nullptr, &name), 0);
+    EXPECT_EQ(name, "/" + ns.prefix() + "x");
+    EXPECT_EQ(qarq::os::sharedObjectName(nullptr, nullptr, &name), EINVAL);
+    EXPECT_EQ(qarq::os::sharedObjectName("", nullptr, &name), EINVAL);
+    EXPECT_EQ(qarq::os::sharedObjectName(std::string(201, 'n').c_str(), nullptr, &name),
+              ENAMETOOLONG);
+    EXPECT_EQ(qarq::os::sharedObjectName(std::string(120, '/').c_str(), nullptr, &name),
+              ENAMETOOLONG)
+        << "escaping triples the length";
+    EXPECT_EQ(qarq::os::sharedObjectName("x", "/../y", &name), EINVAL);
+}
+
+TEST(RobustMutexNamed, CreateOpenExistsAndPermissions) {
+    ShmNamespace ns;
+    int status = -1;
+    EXPECT_FALSE(RobustMutex::exists("m"));
+    EXPECT_EQ(RobustMutex::openNamed("m", nullptr, &status), nullptr);
+    EXPECT_EQ(status, ENOENT);
+
+    mode_t oldMask = ::umask(077);
+    auto first = RobustMutex::createNamed("m", nullptr, &status);
+    ::umask(oldMask);
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(first->isNamed());
+    EXPECT_TRUE(RobustMutex::exists("m"));
+    struct stat st;
+    ASSERT_EQ(::stat(("/dev/shm" + first->objectName()).c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0660u) << "the umask must not narrow a shared lock";
+
+    auto second = RobustMutex::createNamed("m", nullptr, &status);
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(status, qarq::os::kAlreadyExists);
+    auto third = RobustMutex::openNamed("m", nullptr, &status);
+    ASSERT_NE(third, nullptr);
+    EXPECT_EQ(status, qarq::os::kAlreadyExists);
+
+    // Three mappings, one mutex.
+    EXPECT_EQ(first->lock(0), qarq::os::kWaitSignalled);
+    int seen = -2;
+    std::thread([&] { seen = second->lock(20); }).join();
+    EXPECT_EQ(seen, qarq::os::kWaitTimeout);
+    EXPECT_EQ(first->unlock(), 0);
+    EXPECT_EQ(third->lock(0), qarq::os::kWaitSignalled);
+    EXPECT_EQ(third->unlock(), 0);
+
+    EXPECT_EQ(RobustMutex::removeNamed("m"), 0);
+    EXPECT_FALSE(RobustMutex::exists("m"));
+}
+
+// Creation must survive a creator that died half-way: before sizing the
+// object, or while initialising it.
+TEST(RobustMutexNamed, CreatorDyingHalfWayDoesNotPoisonTheName) {
+    ShmNamespace ns;
+    std::string name;
+    ASSERT_EQ(qarq::os::sharedObjectName("unsized", nullptr, &name), 0);
+    int fd = ::shm_open(name.c_str(), O_RDWR | O_CREAT | O_EXCL, 0600);
+    ASSERT_GE(fd, 0);
+    ::close(fd);
+    int status = -1;
+    auto unsized = RobustMutex::createNamed("unsized", nullptr, &status);
+    ASSERT_NE(unsized, nullptr) << status;
+    EXPECT_EQ(status, qarq::os::kAlreadyExists);
+    EXPECT_EQ(unsized->lock(0), qarq::os::kWaitSignalled);
+    EXPECT_EQ(unsized->unlock(), 0);
+
+    // A header that says "being initialised by" a process that is gone.
+    Child gone({"sleep"}, true);
+    ASSERT_TRUE(gone.waitReady());
+    int32_t deadPid = gone.pid();
+    gone.killHard();
+    ASSERT_EQ(qarq::os::sharedObjectName("stuck", nullptr, &name), 0);
+    fd = ::shm_open(name.c_str(), O_RDWR | O_CREAT | O_EXCL, 0600);
+    ASSERT_GE(fd, 0);
+    ASSERT_EQ(::ftruncate(fd, 4096), 0);
+    void* base = ::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    ASSERT_NE(base, MAP_FAILED);
+    ::close(fd);
+    static_cast<uint32_t*>(base)[0] = 1;   // state: initialising
+    static_cast<int32_t*>(base)[1] = deadPid;  // by a dead process
+    auto stuck = RobustMutex::createNamed("stuck", nullptr, &status);
+    ASSERT_NE(stuck, nullptr) << status;
+    EXPECT_EQ(stuck->lock(0), qarq::os::kWaitSignalled);
+    EXPECT_EQ(stuck->unlock(), 0);
+
+    // Garbage under the name is refused, not used as a mutex.
+    static_cast<uint32_t*>(base)[0] = 7;
+    EXPECT_EQ(RobustMutex::createNamed("stuck", nullptr, &status), nullptr);
+    EXPECT_EQ(status, EEXIST);
+    ::munmap(base, 4096);
+}
+
+TEST(RobustMutexNamed, HolderKilledLeavesItAbandonedToTheNextProcess) {
+    ShmNamespace ns;
+    int status = -1;
+    auto mutex = RobustMutex::createNamed("Audit", nullptr, &status);
+    ASSERT_NE(mutex, nullptr);
+    Child holder({"named-hold", "Audit"}, true);
+    ASSERT_TRUE(holder.waitReady());
+    EXPECT_EQ(mutex->lock(50), qarq::os::kWaitTimeout);
+    holder.killHard();
+    EXPECT_EQ(mutex->lock(5000), qarq::os::kWaitAbandoned);
+    EXPECT_EQ(mutex->unlock(), 0);
+    EXPECT_EQ(mutex->lock(0), qarq::os::kWaitSignalled);
+    EXPECT_EQ(mutex->unlock(), 0);
+}
+
+TEST(RobustMutexNamed, SharedMemoryFailuresAreReported) {
+    ShmNamespace ns;
+    int status = -1;
+    {
+        qarq::os::ScopedOsCall fail(&qarq::os::Calls::shm_open, failShmOpen);
+        EXPECT_EQ(RobustMutex::createNamed("f", nullptr, &status), nullptr);
+        EXPECT_EQ(status, EMFILE);
+    }
+    {
+        qarq::os::ScopedOsCall fail(&qarq::os::Calls::ftruncate, +[](int, off_t) {
+            errno = ENOSPC;
+            return -1;
+        });
+        EXPECT_EQ(RobustMutex::createNamed("f", nullptr, &status), nullptr);
+        EXPECT_EQ(status, ENOSPC);
+    }
+    EXPECT_FALSE(RobustMutex::exists("f")) << "a creator that fails removes its object";
+}
+
+// ---- the services ----------------------------------------------------------
+
+class Locks : public ::testing::Test {
+protected:
+    ShmNamespace ns_;
+    TempDir dir_;
+    std::string counter_ = dir_ / "counter";
+    void SetUp() override { rastest::writeFile(counter_, "0\n"); }
+
+    // Four processes add `rounds` each; the total shows any lost update.
+    void countInParallel(const std::vector<std::string>& mode, int rounds) {
+        std::vector<std::unique_ptr<Child>> children;
+        for (int i = 0; i < 4; ++i) {
+            std::vector<std::string> args = mode;
+            args.push_back(counter_);
+            args.push_back(std::to_string(rounds));
+            children.push_back(std::make_unique<Child>(args));
+        }
+        for (auto& child : children) EXPECT_EQ(child->wait(120000), 0);
+        EXPECT_EQ(std::atol(rastest::readFile(counter_).c_str()), 4L * rounds);
+    }
+};
+
+TEST_F(Locks, LockWordLosesNoUpdateAcrossProcesses) { countInParallel({"ram-counter"}, 300); }
+
+TEST_F(Locks, NamedLockLosesNoUpdateAcrossProcesses) {
+    countInParallel({"named-counter", "Audit"}, 300);
+}
+
+TEST_F(Locks, KilledLockWordHolderDoesNotBlockTheNextProcess) {
+    Child holder({"ram-hold"}, true);
+    ASSERT_TRUE(holder.waitReady());
+    {
+        Child blocked({"ram-take"});
+        EXPECT_EQ(blocked.wait(300), -1) << "the lock word is held by a live process";
+    }
+    holder.killHard();
+    Child next({"ram-take"});
+    EXPECT_EQ(next.wait(10000), 0);
+}
+
+TEST_F(Locks, KilledNamedLockHolderDoesNotBlockTheNextProcess) {
+    Child holder({"named-hold", "Audit"}, true);
+    ASSERT_TRUE(holder.waitReady());
+    holder.killHard();
+    Child next({"named-take", "Audit"});
+    EXPECT_EQ(next.wait(10000), 0);
+    Child again({"named-take", "Audit"});
+    EXPECT_EQ(again.wait(10000), 0);
+}
+
+TEST_F(Locks, LockWordInThisProcess) {
+    volatile int32_t word = 0;
+    ASSERT_NE(HESKMUTEXGETRAM(&word), 0);
+    EXPECT_EQ(word, static_cast<int32_t>(::gettid())) << "the word names the holder";
+    EXPECT_EQ(HESKMUTEXGETRAM(&word), 0) << "taken again on the same thread: not held, no hang";
+    int fromOther = -1;
+    std::thread([&] {
+        volatile int32_t otherWord = 0;
+        HESKMUTEXFREERAM(&otherWord);  // holds nothing: must not free ours
+        void* handle = nullptr;
+        fromOther = HeskMutexNamedGet("Audit", &handle);
+        HESKMUTEXNAMEDFREEOS(&handle);
+    }).join();
+    EXPECT_EQ(fromOther, 0) << "the named lock is a different lock";
+    HESKMUTEXFREERAM(&word);
+    EXPECT_EQ(word, 0);
+    Child other({"ram-take"});
+    EXPECT_EQ(other.wait(10000), 0);
+    HESKMUTEXFREERAM(&word);  // nothing held: harmless
+    HESKMUTEXFREERAM(nullptr);
+    EXPECT_EQ(HESKMUTEXGETRAM(nullptr), 0);
+}
+
+TEST_F(Locks, NamedLockArgumentsAndFailures) {
+    void* handle = reinterpret_cast<void*>(0x1);
+    EXPECT_EQ(HeskMutexNamedGet(nullptr, &handle), EINVAL);
+    EXPECT_EQ(handle, nullptr);
+    EXPECT_EQ(HeskMutexNamedGet(std::string(300, 'a').c_str(), &handle), ENAMETOOLONG);
+    EXPECT_EQ(HeskMutexNamedGet("Audit", nullptr), EINVAL);
+    HESKMUTEXNAMEDFREEOS(nullptr);
+    int notAHandle = 0;
+    void* bogus = &notAHandle;
+    HESKMUTEXNAMEDFREEOS(&bogus);  // never handed out: ignored
+    EXPECT_EQ(bogus, nullptr);
+
+    ASSERT_EQ(HeskMutexNamedGet("Audit", &handle), 0);
+    void* second = nullptr;
+    EXPECT_EQ(HeskMutexNamedGet("Audit", &second), EDEADLK);
+    EXPECT_EQ(second, nullptr);
+    HESKMUTEXNAMEDFREEOS(&handle);
+    EXPECT_EQ(handle, nullptr);
+
+    // Names the process has not mapped yet cannot be set up without shm_open.
+    ShmNamespace fresh;
+    qarq::os::ScopedOsCall fail(&qarq::os::Calls::shm_open, failShmOpen);
+    EXPECT_EQ(HeskMutexNamedGet("Audit", &handle), EMFILE);
+    EXPECT_EQ(handle, nullptr);
+    volatile int32_t word = 0;
+    EXPECT_EQ(HESKMUTEXGETRAM(&word), 0) << "no shared memory: the caller must fall back";
+    EXPECT_EQ(word, 0);
+}
+
+TEST_F(Locks, ManyNamesStayBounded) {
+    // Names beyond the per-process cache are private mappings, freed with the lock.
+    for (int i = 0; i < 100; ++i) {
+        void* handle = nullptr;
+        std::string name = "n" + std::to_string(i);
+        ASSERT_EQ(HeskMutexNamedGet(name.c_str(), &handle), 0) << i;
+        HESKMUTEXNAMEDFREEOS(&handle);
+        ASSERT_EQ(handle, nullptr);
+    }
+    void* handle = nullptr;
+    ASSERT_EQ(HeskMutexNamedGet("n99", &handle), 0);
+    HESKMUTEXNAMEDFREEOS(&handle);
+}
+
+}  // namespace
