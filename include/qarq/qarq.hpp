@@ -37,3 +37,4 @@
 #include "qarq/vorn/VornObjectAResponse.hpp"
 #include "qarq/vorn/VornObjectANotif.hpp"
 #include "qarq/vorn/VornObjectASerializableException.hpp"
+#include "qarq/vorn/VornMutex.hpp"

@@ -2,13 +2,14 @@
 
 namespace qarq::vorn {
 
-TraceControl*& traceControl() {
-    static TraceControl* control = [] {
-        TraceControl* p = nullptr;
-        HESKINITTRACE("QARQ", "", &p);
-        return p;
-    }();
-    return control;
-}
+namespace {
+
+// Set at library attach (VornDllI_commonInitalizer) and only read afterwards;
+// a plain global, so that a trace point costs one load and one test.
+TraceControl* gTraceControl = nullptr;
+
+}  // namespace
+
+TraceControl*& traceControl() { return gTraceControl; }
 
 }  // namespace qarq::vorn
