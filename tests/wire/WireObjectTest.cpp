@@ -75,12 +75,4 @@ TEST(WireObject, BadTagBeforeTheObjectReadsNothingOfIt) {
     EXPECT_EQ(0, target.reads);
 }
 
-TEST(WireObject, TextForms) {
-    Bare bare;
-    const std::string object = bare.asDebugInfo().data();
-    EXPECT_EQ(IString("VornObject"), bare.asString());
-    EXPECT_EQ(0u, object.find("VornObject[this=0x")) << object;
-    EXPECT_EQ(']', object.back());
-}
-
 }  // namespace
