@@ -1,9 +1,10 @@
 #include "qarq/ras/HeskTrace.hpp"
 
+#include <pthread.h>
+
 #include <cerrno>
 #include <cstdarg>
 #include <cstdlib>
-#include <mutex>
 #include <string>
 
 #include "RecordWriter.hpp"
@@ -19,7 +20,8 @@ struct Component {
     TraceControl control;
 };
 
-std::mutex gComponentMutex;
+// No destructor: trace setup may run from code that runs at process exit.
+pthread_mutex_t gComponentMutex = PTHREAD_MUTEX_INITIALIZER;
 Component gComponents[kMaxComponents];
 int gComponentCount = 0;
 
@@ -74,18 +76,18 @@ int HESKINITTRACE(const char* component, const char* /*reserved*/, TraceControl*
     }
     if (mask == 0) return 0;
 
-    std::lock_guard<std::mutex> lock(gComponentMutex);
+    pthread_mutex_lock(&gComponentMutex);
     Component* slot = nullptr;
     for (int i = 0; i < gComponentCount; ++i)
         if (name == gComponents[i].name) slot = &gComponents[i];
-    if (slot == nullptr) {
-        if (gComponentCount == kMaxComponents) return 0;
+    if (slot == nullptr && gComponentCount < kMaxComponents) {
         slot = &gComponents[gComponentCount++];
         std::snprintf(slot->name, sizeof slot->name, "%s", name.c_str());
         slot->control.mask = mask;
         slot->control.level = level;
     }
-    *control = &slot->control;
+    if (slot != nullptr) *control = &slot->control;
+    pthread_mutex_unlock(&gComponentMutex);
     return 0;
 }
 

@@ -129,10 +129,6 @@ int runMode(const std::vector<std::string>& a) {
         HESKMUTEXNAMEDFREEOS(&handle);
         return handle == nullptr ? 0 : 3;
     }
-    if (mode == "sleep") {
-        ready();
-        holdForever();
-    }
     if (mode == "record-at-exit") {
         // lateRecord() writes after every static object is gone, as the
         // library's detach does.

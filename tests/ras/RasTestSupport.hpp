@@ -108,7 +108,6 @@ struct Captured {
     int kind, line, traceKind, level, code1, code2, messageNumber;
     std::string function, module, text, logLine;
     std::vector<std::string> pairs;  // raw bytes, the first 256 at most
-    std::vector<uint32_t> pairLengths;
     std::vector<std::string> inserts;
 };
 
@@ -131,12 +130,11 @@ public:
 private:
     static void sink(const HeskRecord* r, void* context) {
         Captured c{r->kind, r->line, r->traceKind, r->level, r->code1, r->code2,
-                   r->messageNumber, r->function, r->module, r->text, r->logLine, {}, {}, {}};
+                   r->messageNumber, r->function, r->module, r->text, r->logLine, {}, {}};
         for (int i = 0; i < r->pairCount; ++i) {
             const HeskPair& p = r->pairs[i];
             size_t n = p.data == nullptr ? 0 : std::min<size_t>(p.length, 256);
             c.pairs.emplace_back(static_cast<const char*>(p.data), n);
-            c.pairLengths.push_back(p.length);
         }
         for (int i = 0; i < r->insertCount; ++i) c.inserts.emplace_back(r->inserts[i]);
         auto* self = static_cast<Capture*>(context);

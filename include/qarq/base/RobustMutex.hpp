@@ -19,11 +19,15 @@
 // Ownership: the object owns its mapping (named) or its mutex (unnamed);
 // destroying a named one unmaps it and leaves the shared object in place.
 // Destroy an unnamed one only when no thread holds or waits for it.
-// Threads: lock/unlock from any thread; a holder must unlock on its own thread.
+// Threads: lock/unlock from any thread; a holder unlocks on its own thread and
+// through the object it locked with.
 #pragma once
 
 #include <pthread.h>
 
+#include <sys/types.h>
+
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -72,7 +76,8 @@ public:
     /// try). Returns kWaitSignalled, kWaitAbandoned, kWaitTimeout or kWaitFailed.
     int lock(int32_t timeoutMs);
 
-    /// Frees the mutex. Returns 0, or EPERM when the calling thread does not hold it.
+    /// Frees the mutex. Returns 0, or EPERM when the calling thread does not
+    /// hold it through this object.
     int unlock();
 
     bool isNamed() const { return mapping_ != nullptr; }
@@ -90,6 +95,7 @@ private:
     void* mapping_ = nullptr;
     size_t mappingLength_ = 0;
     int initError_ = 0;
+    std::atomic<pid_t> owner_{0};  // thread id of the holder through this object
     std::string objectName_;
 };
 

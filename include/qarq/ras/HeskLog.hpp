@@ -80,15 +80,17 @@ typedef void (*HeskSinkFn)(const HeskRecord* record, void* context);
 
 /// Registers a sink that receives every record this process writes, on the
 /// writing thread. A sink must not wait for another thread that writes
-/// records. Returns 0, or -1 when the table of 16 sinks is full.
+/// records, nor add or remove sinks; records it writes itself go to the log
+/// only. Returns 0, or -1 when the table of 16 sinks is full or `sink` is null.
 QARQ_API int HeskSinkAdd(HeskSinkFn sink, void* context);
 
 /// Removes a sink added with the same function and context. When it returns,
 /// the sink is not running on any thread and will not be called again.
 QARQ_API int HeskSinkRemove(HeskSinkFn sink, void* context);
 
-/// Re-reads QARZ_LOG_FILE / BINDIR and reopens the log on the next record.
-/// For tools and tests that change the environment after start.
+/// Re-reads QARZ_LOG_FILE / BINDIR and reopens the log on the next record
+/// (a log that cannot be opened is noted again). For tools and tests that
+/// change the environment after start.
 QARQ_API void HeskLogReopen(void);
 
 /// The catalogue text of message `messageNumber` in `module`, with %1..%9

@@ -53,7 +53,9 @@ enum HeskTraceKind {
 /// The control words live until the process ends. Returns 0.
 QARQ_API int HESKINITTRACE(const char* component, const char* reserved, TraceControl** control);
 
-/// Makes every record written so far durable; called at library detach.
+/// Makes every record written so far durable (records are never buffered;
+/// this syncs the log file). Called at library detach, after static objects
+/// are gone, which the record path allows for; records may follow it.
 QARQ_API void HESKFLUSHTRACE(void);
 
 /// Writes one trace record. The variable part is `pairCount` pairs, each passed
