@@ -20,6 +20,7 @@
 #include "qarq/base/IExceptTraceFn.hpp"
 #include "qarq/base/IExceptionClasses.hpp"
 #include "qarq/vorn/VornJavaTypes.hpp"
+#include "qarq/vorn/VornTraceWord.hpp"
 #include "qarq/vorn/VornExcBase.hpp"
 #include "qarq/vorn/VornBuffer.hpp"
 #include "qarq/vorn/VornJavaRead.hpp"

@@ -135,22 +135,44 @@ int IBuffer::charType(unsigned) const { return 0; }
 const char* IBuffer::next(const char* p) const { return p + 1; }
 char* IBuffer::next(char* p) const { return p + 1; }
 
-int IBuffer::compare(const void* data, unsigned otherLength) const {
+namespace {
+
+// Locale mode, empty sides and a null argument: the rare cases of compare,
+// kept out of its common path.
+__attribute__((noinline)) int compareRare(const IBuffer& self, const void* data,
+                                          unsigned otherLength) {
     if (data == nullptr)
         return 1;
-    const char* mine = contents();
-    if (mine == data && ivLength == otherLength)
+    unsigned length = self.length();
+    const char* mine = self.contents();
+    if (mine == data && length == otherLength)
         return 0;
-    if (ivLength == 0)
+    if (length == 0)
         return otherLength == 0 ? 0 : 2;
     if (otherLength == 0)
         return 1;
-    unsigned common = ivLength < otherLength ? ivLength : otherLength;
-    int result = localeMode() ? qarq::base::locale_ncmp(mine, static_cast<const char*>(data), common)
-                              : std::memcmp(mine, data, common);
+    unsigned common = length < otherLength ? length : otherLength;
+    int result = IBuffer::localeMode()
+                     ? qarq::base::locale_ncmp(mine, static_cast<const char*>(data), common)
+                     : std::memcmp(mine, data, common);
     if (result == 0)
-        return ivLength == otherLength ? 0 : (ivLength < otherLength ? 2 : 1);
+        return length == otherLength ? 0 : (length < otherLength ? 2 : 1);
     return result < 0 ? 2 : 1;
+}
+
+}  // namespace
+
+int IBuffer::compare(const void* data, unsigned otherLength) const {
+    unsigned length = ivLength;
+    if (__builtin_expect(data == nullptr || length == 0 || otherLength == 0 ||
+                             gLocaleMode.load(std::memory_order_relaxed) != 0,
+                         0))
+        return compareRare(*this, data, otherLength);
+    // The common case: bytes in memcmp order, then the shorter text is less.
+    int result = std::memcmp(contents(), data, length < otherLength ? length : otherLength);
+    if (result != 0)
+        return result < 0 ? 2 : 1;
+    return length == otherLength ? 0 : (length < otherLength ? 2 : 1);
 }
 
 IBuffer* IBuffer::subString(unsigned start) const {
@@ -385,20 +407,6 @@ IBuffer* IBuffer::defaultBuffer() {
         // Without a remover the buffer simply lives to the process's end.
     }
     return made;
-}
-
-unsigned IBuffer::checkedAdd(unsigned a, unsigned b) {
-    if (!(a < ~b))
-        overflow();
-    return a + b;
-}
-
-unsigned IBuffer::checkedMultiply(unsigned a, unsigned b) {
-    if (b == 0)
-        return 0;
-    if (!(a < 0xFFFFFFFFu / b))
-        overflow();
-    return a * b;
 }
 
 void IBuffer::overflow() {

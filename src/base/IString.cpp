@@ -106,30 +106,17 @@ IString operator+(const char* text, const IString& string) {
 }
 
 IString& IString::append(const char* text, unsigned count) {
-    if (count == 0)
+    if (appendInPlace(text, count))
         return *this;
     IBuffer* current = buffer();
-    unsigned n = current->length();
-    // In place only when nobody else sees the buffer and the room behind the
-    // text (which the length alone tells) holds the bytes and a terminator.
-    // An empty text is never written: it may be the shared default buffer.
-    if (current->useCount() < 2 && n != 0 && count < IBuffer::capacity(n) - n) {
-        std::memcpy(ivBuffer + n, text, count);
-        ivBuffer[n + count] = '\0';
-        current->ivLength = n + count;
-        return *this;
-    }
-    replaceBuffer(current->newBuffer(ivBuffer, n, text, count));
+    replaceBuffer(current->newBuffer(ivBuffer, current->length(), text, count));
     return *this;
 }
 
-IString& IString::operator+=(const IString& other) { return append(other.ivBuffer, other.length()); }
+IString& IString::append(const IString& other) { return append(other.ivBuffer, other.length()); }
 
-IString& IString::operator+=(const char* text) { return append(text, textLength(text)); }
+IString& IString::append(const char* text) { return append(text, textLength(text)); }
 
-bool operator==(const IString& a, const IString& b) {
-    return IBuffer::fromContents(a.data())->compare(b.data(), b.length()) == 0;
-}
 bool operator==(const IString& a, const char* b) {
     return IBuffer::fromContents(a.data())->compare(b, textLength(b)) == 0;
 }

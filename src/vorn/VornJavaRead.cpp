@@ -1,5 +1,7 @@
 #include "qarq/vorn/VornJavaRead.hpp"
 
+#include <cstring>
+
 #include "qarq/ras/HeskLog.hpp"
 #include "qarq/vorn/VornJavaExcReadBadType.hpp"
 #include "vorn/VornTraceGate.hpp"
@@ -10,12 +12,20 @@ namespace {
 
 const char kFile[] = "vorn\\VORNJAVA";
 
-template <typename Unsigned>
-Unsigned loadBigEndian(const unsigned char* from, unsigned count) {
-    Unsigned value = 0;
-    for (unsigned i = 0; i < count; ++i)
-        value = static_cast<Unsigned>((value << 8) | from[i]);
-    return value;
+uint16_t loadBigEndian16(const unsigned char* from) {
+    return static_cast<uint16_t>((from[0] << 8) | from[1]);
+}
+
+uint32_t loadBigEndian32(const unsigned char* from) {
+    uint32_t value;
+    std::memcpy(&value, from, sizeof value);
+    return __builtin_bswap32(value);
+}
+
+uint64_t loadBigEndian64(const unsigned char* from) {
+    uint64_t value;
+    std::memcpy(&value, from, sizeof value);
+    return __builtin_bswap64(value);
 }
 
 }  // namespace
@@ -29,15 +39,6 @@ VornJavaRead::~VornJavaRead() = default;
 // the tag is the expected one; anything else takes the checked path, which
 // reports the wrong tag or the overrun. The payload is checked whole before
 // any of it is taken, so a cut value leaves the reader just past its tag.
-const unsigned char* VornJavaRead::fastValue(uint16_t tag, unsigned count) {
-    if (remaining() < count + 2)
-        return nullptr;
-    const auto* from = reinterpret_cast<const unsigned char*>(getNext());
-    if (from[0] != (tag >> 8) || from[1] != (tag & 0xFF))
-        return nullptr;
-    advance(count + 2);
-    return from + 2;
-}
 
 short VornJavaRead::read16Bits() {
     auto high = static_cast<unsigned char>(getByte());
@@ -86,7 +87,7 @@ void VornJavaRead::assertTypeRead(unsigned short read, unsigned short expected1,
                            IExceptionLocation(kFile, "VornJavaRead::assertTypeRead", __LINE__));
 }
 
-char VornJavaRead::readByte() {
+char VornJavaRead::readByteTraced() {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaRead::readByte", pair(this, 0));
     char value;
     if (const unsigned char* from = fastValue(VORNJAVA_BYTE, 1)) {
@@ -100,7 +101,7 @@ char VornJavaRead::readByte() {
     return value;
 }
 
-char VornJavaRead::readChar() {
+char VornJavaRead::readCharTraced() {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaRead::readChar", pair(this, 0));
     char value;
     if (const unsigned char* from = fastValue(VORNJAVA_CHAR_OR_SHORT, 1)) {
@@ -114,11 +115,11 @@ char VornJavaRead::readChar() {
     return value;
 }
 
-short VornJavaRead::readShort() {
+short VornJavaRead::readShortTraced() {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaRead::readShort", pair(this, 0));
     int16_t value;
     if (const unsigned char* from = fastValue(VORNJAVA_CHAR_OR_SHORT, 2)) {
-        value = static_cast<int16_t>(loadBigEndian<uint16_t>(from, 2));
+        value = static_cast<int16_t>(loadBigEndian16(from));
     } else {
         assertTypeRead(readType(), VORNJAVA_CHAR_OR_SHORT, 0);
         checkNextRead(2, "VornJavaRead::readShort");
@@ -128,11 +129,11 @@ short VornJavaRead::readShort() {
     return value;
 }
 
-int VornJavaRead::readInt() {
+int VornJavaRead::readIntTraced() {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaRead::readInt", pair(this, 0));
     int32_t value;
     if (const unsigned char* from = fastValue(VORNJAVA_INT, 4)) {
-        value = static_cast<int32_t>(loadBigEndian<uint32_t>(from, 4));
+        value = static_cast<int32_t>(loadBigEndian32(from));
     } else {
         assertTypeRead(readType(), VORNJAVA_INT, 0);
         checkNextRead(4, "VornJavaRead::readInt");
@@ -142,11 +143,11 @@ int VornJavaRead::readInt() {
     return value;
 }
 
-int64_t VornJavaRead::readLong() {
+int64_t VornJavaRead::readLongTraced() {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaRead::readLong", pair(this, 0));
     int64_t value;
     if (const unsigned char* from = fastValue(VORNJAVA_LONG, 8)) {
-        value = static_cast<int64_t>(loadBigEndian<uint64_t>(from, 8));
+        value = static_cast<int64_t>(loadBigEndian64(from));
     } else {
         assertTypeRead(readType(), VORNJAVA_LONG, 0);
         checkNextRead(8, "VornJavaRead::readLong");
@@ -159,7 +160,7 @@ int64_t VornJavaRead::readLong() {
     return value;
 }
 
-int VornJavaRead::readBoolean() {
+int VornJavaRead::readBooleanTraced() {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaRead::readBoolean", pair(this, 0));
     int32_t value;
     if (const unsigned char* from = fastValue(VORNJAVA_BOOLEAN, 1)) {

@@ -1,18 +1,26 @@
 #include "qarq/vorn/VornJavaWrite.hpp"
 
+#include <cstring>
+
 #include "vorn/VornTraceGate.hpp"
 
 using qarq::ras::pair;
 
 namespace {
 
-// Stores `value` big-endian in `count` bytes.
-template <typename Unsigned>
-void storeBigEndian(char* to, Unsigned value, unsigned count) {
-    for (unsigned i = count; i-- > 0;) {
-        to[i] = static_cast<char>(value & 0xFF);
-        value >>= 8;
-    }
+void storeBigEndian(char* to, uint16_t value, unsigned) {
+    to[0] = static_cast<char>(value >> 8);
+    to[1] = static_cast<char>(value & 0xFF);
+}
+
+void storeBigEndian(char* to, uint32_t value, unsigned) {
+    value = __builtin_bswap32(value);
+    std::memcpy(to, &value, sizeof value);
+}
+
+void storeBigEndian(char* to, uint64_t value, unsigned) {
+    value = __builtin_bswap64(value);
+    std::memcpy(to, &value, sizeof value);
 }
 
 }  // namespace
@@ -22,10 +30,10 @@ VornJavaWrite::VornJavaWrite(const VornJavaWrite& other) = default;
 VornJavaWrite& VornJavaWrite::operator=(const VornJavaWrite& other) = default;
 VornJavaWrite::~VornJavaWrite() = default;
 
-// Each typed write has a fast path for when the block already has room for
-// tag and value: the bytes are stored at once. Otherwise they go one at a
-// time through putByte, which grows the block exactly at the byte that does
-// not fit, so the block sizes are the same either way.
+// The traced forms of the typed writes. With room in the block the bytes are
+// stored at once; otherwise they go one at a time through putByte, which
+// grows the block exactly at the byte that does not fit, so the block sizes
+// are the same on every path.
 
 void VornJavaWrite::write16Bits(short value) {
     putByte(static_cast<char>((value >> 8) & 0xFF));
@@ -54,7 +62,7 @@ void VornJavaWrite::writeShortLength(short length) {
     write16Bits(length);
 }
 
-VornJavaWrite& VornJavaWrite::writeByte(char value) {
+VornJavaWrite& VornJavaWrite::writeByteTraced(char value) {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaWrite::writeByte", pair(&value, 1));
     if (remaining() >= 3) {
         char* to = getNext();
@@ -68,7 +76,7 @@ VornJavaWrite& VornJavaWrite::writeByte(char value) {
     return *this;
 }
 
-VornJavaWrite& VornJavaWrite::writeChar(char value) {
+VornJavaWrite& VornJavaWrite::writeCharTraced(char value) {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaWrite::writeChar", pair(&value, 1));
     if (remaining() >= 3) {
         char* to = getNext();
@@ -82,7 +90,7 @@ VornJavaWrite& VornJavaWrite::writeChar(char value) {
     return *this;
 }
 
-VornJavaWrite& VornJavaWrite::writeShort(short value) {
+VornJavaWrite& VornJavaWrite::writeShortTraced(short value) {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaWrite::writeShort", pair(value));
     if (remaining() >= 4) {
         char* to = getNext();
@@ -96,7 +104,7 @@ VornJavaWrite& VornJavaWrite::writeShort(short value) {
     return *this;
 }
 
-VornJavaWrite& VornJavaWrite::writeInt(int value) {
+VornJavaWrite& VornJavaWrite::writeIntTraced(int value) {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaWrite::writeInt", pair(value));
     if (remaining() >= 6) {
         char* to = getNext();
@@ -110,7 +118,7 @@ VornJavaWrite& VornJavaWrite::writeInt(int value) {
     return *this;
 }
 
-VornJavaWrite& VornJavaWrite::writeLong(int64_t value) {
+VornJavaWrite& VornJavaWrite::writeLongTraced(int64_t value) {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaWrite::writeLong", pair(value));
     if (remaining() >= 10) {
         char* to = getNext();
@@ -125,7 +133,7 @@ VornJavaWrite& VornJavaWrite::writeLong(int64_t value) {
     return *this;
 }
 
-VornJavaWrite& VornJavaWrite::writeBoolean(int value) {
+VornJavaWrite& VornJavaWrite::writeBooleanTraced(int value) {
     VORN_TRACE(HESK_TRACE_ENTRY, "VornJavaWrite::writeBoolean", pair(value));
     char byte = value != 0 ? 1 : 0;
     if (remaining() >= 3) {

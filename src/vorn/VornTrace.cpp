@@ -1,15 +1,14 @@
 #include "vorn/VornTrace.hpp"
 
+#include "qarq/vorn/VornTraceWord.hpp"
+
 namespace qarq::vorn {
 
-namespace {
+// Set at library attach (VornDllI_commonInitalizer, which runs before the
+// library's static initialisers) and only read afterwards: a plain global, so
+// that a trace point costs one load and one test.
+TraceControl* traceControlWord = nullptr;
 
-// Set at library attach (VornDllI_commonInitalizer) and only read afterwards;
-// a plain global, so that a trace point costs one load and one test.
-TraceControl* gTraceControl = nullptr;
-
-}  // namespace
-
-TraceControl*& traceControl() { return gTraceControl; }
+TraceControl*& traceControl() { return traceControlWord; }
 
 }  // namespace qarq::vorn

@@ -90,7 +90,8 @@ TEST_F(StringTest, CopiesShareUntilIndexedForWriting) {
     EXPECT_EQ(s2.data(), before);
     EXPECT_EQ(s2, "xyq");
 
-    s1 = s1;  // self-assignment keeps the buffer alive
+    IString& alias = s1;
+    s1 = alias;  // self-assignment keeps the buffer alive
     EXPECT_EQ(s1, "zyc");
     EXPECT_EQ(refs(s1), 1u);
 }

@@ -115,6 +115,7 @@ TEST(VornStream, EveryPrimitiveRoundTrips) {
 }
 
 TEST(VornStream, ReadsAcrossTheSlowPathAndPeerBytes) {
+    RecordCapture records;
     // Booleans as a peer may send them, and a char read of a short.
     Stream s({0x08, 0x00, 0xFF, 0x08, 0x00, 0x02, 0x00, 0x02, 0x12, 0x34, 0x00, 0x08, 0x00, 0x00});
     VornJavaRead& r = s.reader();
@@ -140,6 +141,15 @@ TEST(VornStream, ReadsAcrossTheSlowPathAndPeerBytes) {
     EXPECT_EQ(r.getBuffer(), block);
     EXPECT_EQ(r.getLength(), 14u);
     EXPECT_EQ(r.calculateUsedLength(), 12u);
+    // The detecting member's own record (wanted, used, block length) comes
+    // before the family's.
+    auto errors = records.ofKind(HESK_RECORD_ERROR);
+    ASSERT_EQ(errors.size(), 2u);
+    EXPECT_EQ(errors[0].function, "VornJavaRead::readInt");
+    uint32_t wanted;
+    std::memcpy(&wanted, errors[0].pairs.at(0).data(), 4);
+    EXPECT_EQ(wanted, 4u);
+    EXPECT_EQ(errors[1].pairs.at(0), "Id: 14, Rec?: 1, Exc: VornBufferExcOverrun\n");
     char out[4];
     EXPECT_THROW(r.getBytes(out, 3), VornExcBase);
     EXPECT_EQ(r.getBytes(out, 2).calculateUsedLength(), 14u);

@@ -88,8 +88,16 @@ public:
     /// Room for text and terminator that a buffer of length n has.
     static unsigned capacity(unsigned n) { return n == 0 ? 0 : (n | 31u) + 1; }
     /// a + b and a * b, or overflow().
-    static unsigned checkedAdd(unsigned a, unsigned b);
-    static unsigned checkedMultiply(unsigned a, unsigned b);
+    static unsigned checkedAdd(unsigned a, unsigned b) {
+        if (!(a < ~b))
+            overflow();
+        return a + b;
+    }
+    static unsigned checkedMultiply(unsigned a, unsigned b) {
+        if (b != 0 && !(a < 0xFFFFFFFFu / b))
+            overflow();
+        return a * b;
+    }
     /// Throws IInvalidRequest, id 51.
     [[noreturn]] static void overflow();
     /// Non-zero when NORBU_I18N says "ON" (read once).

@@ -19,6 +19,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #include "qarq/base/IBuffer.hpp"
 #include "qarq/export.hpp"
@@ -68,8 +69,12 @@ public:
 
     IString operator+(const IString& other) const;
     IString operator+(const char* text) const;
-    IString& operator+=(const IString& other);
-    IString& operator+=(const char* text);
+    IString& operator+=(const IString& other) {
+        return appendInPlace(other.ivBuffer, other.length()) ? *this : append(other);
+    }
+    IString& operator+=(const char* text) {
+        return text == nullptr || appendInPlace(text, std::strlen(text)) ? *this : append(text);
+    }
 
     const char& operator[](unsigned pos) const;
     const char& operator[](unsigned long pos) const;
@@ -127,6 +132,24 @@ private:
     // old buffer, also when the caller throws before it gets here.
     void replaceBuffer(IBuffer* next);
     IString& append(const char* text, unsigned count);
+    IString& append(const IString& other);
+    IString& append(const char* text);
+    // Appends behind the text in the same buffer when nobody else sees it and
+    // the room behind the text (which the length alone tells) holds the bytes
+    // and a terminator. An empty text is never written: it may be the shared
+    // default buffer.
+    bool appendInPlace(const char* text, std::size_t count) {
+        IBuffer* current = buffer();
+        unsigned n = current->ivLength;
+        if (count == 0)
+            return true;
+        if (n == 0 || count >= IBuffer::capacity(n) - n || current->useCount() >= 2)
+            return false;
+        std::memcpy(ivBuffer + n, text, count);
+        ivBuffer[n + count] = '\0';
+        current->ivLength = n + static_cast<unsigned>(count);
+        return true;
+    }
     const char& constAt(long long pos) const;
     char& mutableAt(long long pos);
 
@@ -134,7 +157,12 @@ private:
 };
 
 QARQ_API IString operator+(const char* text, const IString& string);
-QARQ_API bool operator==(const IString& a, const IString& b);
+/// Texts of different lengths are never equal, so only equal lengths go to
+/// the buffer's compare.
+inline bool operator==(const IString& a, const IString& b) {
+    return a.length() == b.length() &&
+           IBuffer::fromContents(a.data())->compare(b.data(), b.length()) == 0;
+}
 QARQ_API bool operator==(const IString& a, const char* b);
 QARQ_API bool operator>=(const IString& a, const IString& b);
 // The other comparisons exist so that no comparison of two strings falls back

@@ -2,17 +2,21 @@
 // refuses any other than its own with VornJavaExcReadBadType (after an error
 // record; the position is then past the tag), and takes the big-endian
 // payload. The reader is given the received bytes; it never grows or
-// replaces them.
+// replaces them. While tracing is off, a value whose tag is right and whose
+// bytes lie in the block is taken inline; anything else goes through the
+// exported member that traces and reports.
 // Failures: VornJavaExcReadBadType for a wrong tag, VornBufferExcOverrun for
 // a value that passes the end of the block; both are caught as VornExcBase.
 // Threads: one owner.
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
+#include "qarq/export.hpp"
 #include "qarq/vorn/VornBuffer.hpp"
 #include "qarq/vorn/VornJavaTypes.hpp"
-#include "qarq/export.hpp"
+#include "qarq/vorn/VornTraceWord.hpp"
 
 // ---- values with a length (src/vorn/VornJavaValues.cpp) ----
 class VornJavaByteArray;
@@ -27,13 +31,39 @@ public:
     VornJavaRead& operator=(const VornJavaRead& other);
     ~VornJavaRead() override;
 
-    char readByte();
-    char readChar();
-    short readShort();
-    int readInt();
-    int64_t readLong();
+    char readByte() {
+        const unsigned char* from = quickValue(VORNJAVA_BYTE, 1);
+        return from != nullptr ? static_cast<char>(from[0]) : readByteTraced();
+    }
+    char readChar() {
+        const unsigned char* from = quickValue(VORNJAVA_CHAR_OR_SHORT, 1);
+        return from != nullptr ? static_cast<char>(from[0]) : readCharTraced();
+    }
+    short readShort() {
+        const unsigned char* from = quickValue(VORNJAVA_CHAR_OR_SHORT, 2);
+        return from != nullptr ? static_cast<short>((from[0] << 8) | from[1]) : readShortTraced();
+    }
+    int readInt() {
+        const unsigned char* from = quickValue(VORNJAVA_INT, 4);
+        if (from == nullptr)
+            return readIntTraced();
+        uint32_t bits;
+        std::memcpy(&bits, from, sizeof bits);
+        return static_cast<int>(__builtin_bswap32(bits));
+    }
+    int64_t readLong() {
+        const unsigned char* from = quickValue(VORNJAVA_LONG, 8);
+        if (from == nullptr)
+            return readLongTraced();
+        uint64_t bits;
+        std::memcpy(&bits, from, sizeof bits);
+        return static_cast<int64_t>(__builtin_bswap64(bits));
+    }
     /// The byte as a signed integer: 0xFF reads as -1 (still true).
-    int readBoolean();
+    int readBoolean() {
+        const unsigned char* from = quickValue(VORNJAVA_BOOLEAN, 1);
+        return from != nullptr ? static_cast<signed char>(from[0]) : readBooleanTraced();
+    }
     /// Bare fields, no tag.
     unsigned short readType();
     int readLength();
@@ -75,7 +105,25 @@ private:
     // ---- end ----
     short read16Bits();
     int read32Bits();
-    // The tag and `count` payload bytes when they lie in the block and the
-    // tag is `tag`; null otherwise (the checked path then reports).
-    const unsigned char* fastValue(uint16_t tag, unsigned count);
+    // Steps over the tag and `count` payload bytes when they lie in the block
+    // and the tag is `tag`, and gives the payload; null otherwise (the
+    // checked path then reports).
+    const unsigned char* fastValue(uint16_t tag, unsigned count) {
+        if (remaining() < count + 2)
+            return nullptr;
+        const auto* from = reinterpret_cast<const unsigned char*>(getNext());
+        if (from[0] != (tag >> 8) || from[1] != (tag & 0xFF))
+            return nullptr;
+        advance(count + 2);
+        return from + 2;
+    }
+    const unsigned char* quickValue(uint16_t tag, unsigned count) {
+        return qarq::vorn::traceQuiet() ? fastValue(tag, count) : nullptr;
+    }
+    char readByteTraced();
+    char readCharTraced();
+    short readShortTraced();
+    int readIntTraced();
+    int64_t readLongTraced();
+    int readBooleanTraced();
 };
