@@ -70,45 +70,52 @@ inline uint16_t toFirst(const VornNlsCodeSet* cs, unsigned b) {
 
 namespace qarq::vorn::nls {
 
+/// Writes packed form `e` with one four-byte store and returns the next
+/// output position. The store may put up to three bytes of garbage behind
+/// the character; the callers only use it where at least three more source
+/// bytes follow, each of which writes a whole character of at least one
+/// byte over that garbage before the conversion can end (see sbcsToUtf8).
+inline char* put4(char* out, uint32_t e) {
+    std::memcpy(out, &e, 4);
+    return out + (e >> 24);
+}
+
 /// Single bytes through the packed table `t`. With kAsciiRuns, runs of bytes
 /// below 0x80 are copied eight at a time (their forms are the bytes
 /// themselves); otherwise eight table forms of one byte each are combined
-/// into one store.
+/// into one store. Every source byte writes a character, so the four-byte
+/// stores of put4 are safe while three more source bytes follow and the
+/// target has room for them (9 bytes) beyond the stores of this step.
 template <bool kAsciiRuns>
 inline char* sbcsToUtf8(const uint32_t* t, const unsigned char* s, const unsigned char* se,
                         char* out, char* end) {
-    while (s < se && out < end) {
-        if (se - s >= 8 && end - out >= 8) {
-            if (kAsciiRuns) {
-                uint64_t w = load8(s);
-                if ((w & kHighBits) == 0) {
-                    store8(out, w);
-                    s += 8;
-                    out += 8;
-                    continue;
-                }
-            } else {
-                uint32_t e0 = t[s[0]], e1 = t[s[1]], e2 = t[s[2]], e3 = t[s[3]];
-                uint32_t e4 = t[s[4]], e5 = t[s[5]], e6 = t[s[6]], e7 = t[s[7]];
-                if (((e0 | e1 | e2 | e3 | e4 | e5 | e6 | e7) & kMultiByte) == 0) {
-                    uint64_t w = uint64_t(e0 & 0xFF) | uint64_t(e1 & 0xFF) << 8 |
-                                 uint64_t(e2 & 0xFF) << 16 | uint64_t(e3 & 0xFF) << 24 |
-                                 uint64_t(e4 & 0xFF) << 32 | uint64_t(e5 & 0xFF) << 40 |
-                                 uint64_t(e6 & 0xFF) << 48 | uint64_t(e7 & 0xFF) << 56;
-                    store8(out, w);
-                    s += 8;
-                    out += 8;
-                    continue;
-                }
+    while (se - s >= 8 + 3 && end - out >= 8 * 3 + 1 + 9) {
+        if (kAsciiRuns) {
+            uint64_t w = load8(s);
+            if ((w & kHighBits) == 0) {
+                store8(out, w);
+                s += 8;
+                out += 8;
+                continue;
             }
-            // A block with wider characters: one by one, with room checks.
-            const unsigned char* stop = s + 8;
-            while (s < stop && out < end) {
-                if (!put(out, end, t[*s])) return out;
-                ++s;
+        } else {
+            uint32_t e0 = t[s[0]], e1 = t[s[1]], e2 = t[s[2]], e3 = t[s[3]];
+            uint32_t e4 = t[s[4]], e5 = t[s[5]], e6 = t[s[6]], e7 = t[s[7]];
+            if (((e0 | e1 | e2 | e3 | e4 | e5 | e6 | e7) & kMultiByte) == 0) {
+                uint64_t w = uint64_t(e0 & 0xFF) | uint64_t(e1 & 0xFF) << 8 |
+                             uint64_t(e2 & 0xFF) << 16 | uint64_t(e3 & 0xFF) << 24 |
+                             uint64_t(e4 & 0xFF) << 32 | uint64_t(e5 & 0xFF) << 40 |
+                             uint64_t(e6 & 0xFF) << 48 | uint64_t(e7 & 0xFF) << 56;
+                store8(out, w);
+                s += 8;
+                out += 8;
+                continue;
             }
-            continue;
         }
+        for (int i = 0; i < 8; ++i) out = put4(out, t[*s++]);
+    }
+    while (se - s >= 1 + 3 && end - out >= 4 + 9) out = put4(out, t[*s++]);
+    while (s < se && out < end) {
         if (!put(out, end, t[*s])) return out;
         ++s;
     }

@@ -38,7 +38,7 @@ struct CodePage {
 const CodePage kCodePages[] = {
     {"37", "CP037", kEbcdicSingle},
     {"273", "CP273", kEbcdicSingle},
-    {"277", "IBM277", kEbcdicSingle},
+    {"277", "EBCDIC-CP-DK", kEbcdicSingle},
     {"278", "CP278", kEbcdicSingle},
     {"280", "CP280", kEbcdicSingle},
     {"284", "CP284", kEbcdicSingle},
@@ -90,22 +90,16 @@ const CodePage kCodePages[] = {
 // Alternative spellings of the machine's code-page name, in the upper-case,
 // filtered form that the name lookup compares with.
 const char* const kAliases[][2] = {
-    {"65001", "UTF8"},       {"CP65001", "UTF8"}, {"UTF8", "UTF8"},        {"037", "37"},
-    {"CP037", "37"},         {"CP37", "37"},      {"EBCDICUS", "37"},      {"CP1047", "1047"},
-    {"CP500", "500"},        {"CP437", "437"},    {"CP850", "850"},        {"CP852", "852"},
-    {"CP855", "855"},        {"CP857", "857"},    {"CP858", "858"},        {"CP866", "866"},
-    {"CP874", "874"},        {"TIS620", "874"},   {"CP819", "819"},        {"ISO88591", "819"},
-    {"LATIN1", "819"},       {"CP1250", "1250"},  {"WINDOWS1250", "1250"}, {"CP1251", "1251"},
-    {"WINDOWS1251", "1251"}, {"CP1252", "1252"},  {"WINDOWS1252", "1252"}, {"CP1253", "1253"},
-    {"WINDOWS1253", "1253"}, {"CP1254", "1254"},  {"WINDOWS1254", "1254"}, {"CP1255", "1255"},
-    {"WINDOWS1255", "1255"}, {"CP1256", "1256"},  {"WINDOWS1256", "1256"}, {"CP1257", "1257"},
-    {"WINDOWS1257", "1257"}, {"CP1258", "1258"},  {"WINDOWS1258", "1258"}, {"CP932", "932"},
-    {"SJIS", "932"},         {"SHIFTJIS", "932"}, {"MS932", "932"},        {"WINDOWS31J", "932"},
-    {"CP936", "936"},        {"GBK", "936"},      {"CP949", "949"},        {"UHC", "949"},
-    {"CP950", "950"},        {"BIG5", "950"},     {"EUCJP", "954"},        {"CP954", "954"},
-    {"CP930", "930"},        {"CP933", "933"},    {"CP935", "935"},        {"CP937", "937"},
-    {"CP939", "939"},
-};
+    {"65001", "UTF8"},       {"CP65001", "UTF8"},     {"UTF8", "UTF8"},
+    {"037", "37"},           {"CP037", "37"},         {"EBCDICUS", "37"},
+    {"TIS620", "874"},       {"ISO88591", "819"},     {"LATIN1", "819"},
+    {"WINDOWS1250", "1250"}, {"WINDOWS1251", "1251"}, {"WINDOWS1252", "1252"},
+    {"WINDOWS1253", "1253"}, {"WINDOWS1254", "1254"}, {"WINDOWS1255", "1255"},
+    {"WINDOWS1256", "1256"}, {"WINDOWS1257", "1257"}, {"WINDOWS1258", "1258"},
+    {"SJIS", "932"},         {"SHIFTJIS", "932"},     {"WINDOWS31J", "932"},
+    {"GBK", "936"},          {"UHC", "949"},          {"BIG5", "950"},
+    {"EUCJP", "954"},
+};  // and "CPnnn" for every table nnn
 
 // Pointer files: a file whose whole content names another table.
 const char* const kPointers[][2] = {
@@ -120,6 +114,7 @@ constexpr uint32_t kDataOffset = kHeaderSize;  // 16-aligned, so are prefix entr
 constexpr uint16_t kNone = 0xFFFF;
 constexpr uint8_t kShiftOut = 0x0E;
 constexpr uint8_t kShiftIn = 0x0F;
+constexpr uint16_t kSubstitute = 0x001A;  // what the substitution byte reads as
 
 uint16_t kindOf(Family f) {
     switch (f) {
@@ -238,8 +233,8 @@ struct Facts {
     unsigned multi = 0;        // codes that decode to more than one character
     unsigned astral = 0;       // codes that decode beyond UCS-2
     unsigned oneWay = 0;       // UCS-2 values whose bytes decode to another value
-    unsigned tooLong = 0;      // UCS-2 values whose bytes the model cannot hold
-    unsigned toSub = 0;        // values other than subUnicode that iconv sends to subByte
+    unsigned unfit = 0;        // UCS-2 values whose bytes the model cannot hold
+    unsigned substituted = 0;  // UCS-2 values the converter sends to its substitute
     unsigned asciiDiffer = 0;  // values/bytes below 0x80 not the identity (ASCII family)
 };
 
@@ -276,7 +271,10 @@ class Compiler {
 
     // Encoding rule: the bytes the converter gives for u alone, from the
     // initial state (shifts removed for the mixed EBCDIC pages), when the
-    // model can hold them; otherwise none.
+    // model can hold them and they are not the converter's substitution;
+    // otherwise none. Bytes that read back as the substitute character
+    // (U+001A) for any other value are how the converter says "unmapped", so
+    // the table says so too, and the engines give their question mark.
     bool encode(uint32_t u, std::vector<uint8_t>& bytes) {
         uint8_t in[4] = {uint8_t(u), uint8_t(u >> 8), 0, 0};
         bytes.clear();
@@ -286,14 +284,25 @@ class Compiler {
             if (bytes.size() == 4 && bytes[0] == kShiftOut && bytes[3] == kShiftIn)
                 bytes = {bytes[1], bytes[2]};
             else if (bytes.size() != 1 || bytes[0] == kShiftOut || bytes[0] == kShiftIn)
-                return tooLong();
+                return unfit();
         }
         size_t max = kind_ == 1 ? 1 : kind_ == 3 ? 16 : 2;
         if (bytes.size() > max)
-            return tooLong();
+            return unfit();
         // A two-byte form needs a first byte that can't be read as one byte.
         if (bytes.size() >= 2 && bytes[bytes.size() - 2] == 0)
-            return tooLong();
+            return unfit();
+        uint16_t back = readBack(bytes);
+        if (back == kSubstitute && u != kSubstitute) {
+            ++facts_.substituted;
+            return false;
+        }
+        ++facts_.reverse;
+        if (back != u)
+            ++facts_.oneWay;
+        if (u < 0x80 && cp_.family != kEbcdicSingle && cp_.family != kEbcdicMixed &&
+            !(bytes.size() == 1 && bytes[0] == u))
+            ++facts_.asciiDiffer;
         return true;
     }
 
@@ -301,14 +310,14 @@ class Compiler {
     const Facts& facts() const { return facts_; }
 
   private:
-    bool tooLong() {
-        ++facts_.tooLong;
+    bool unfit() {
+        ++facts_.unfit;
         return false;
     }
     void buildSingle(std::vector<uint8_t>& img, DataArea& data);
     void buildDouble(std::vector<uint8_t>& img, DataArea& data);
     void buildMulti(std::vector<uint8_t>& img, DataArea& data);
-    void countOneWay(uint32_t u, const std::vector<uint8_t>& bytes);
+    uint16_t readBack(const std::vector<uint8_t>& bytes);
 
     const CodePage& cp_;
     uint16_t kind_;
@@ -317,8 +326,7 @@ class Compiler {
     Facts facts_;
 };
 
-void Compiler::countOneWay(uint32_t u, const std::vector<uint8_t>& bytes) {
-    ++facts_.reverse;
+uint16_t Compiler::readBack(const std::vector<uint8_t>& bytes) {
     std::vector<uint8_t> code = bytes;
     if (kind_ == 4 && bytes.size() == 2)
         code = {kShiftOut, bytes[0], bytes[1], kShiftIn};
@@ -326,12 +334,7 @@ void Compiler::countOneWay(uint32_t u, const std::vector<uint8_t>& bytes) {
     Facts keep = facts_;
     decode(code, back);
     facts_ = keep;
-    if (back != u)
-        ++facts_.oneWay;
-    if (u < 0x80 &&
-        (cp_.family == kAsciiSingle || cp_.family == kAsciiDouble || cp_.family == kEuc) &&
-        !(bytes.size() == 1 && bytes[0] == u))
-        ++facts_.asciiDiffer;
+    return back;
 }
 
 // Kind 1: values by byte in the header, one 256-byte page per high byte.
@@ -359,9 +362,6 @@ void Compiler::buildSingle(std::vector<uint8_t>& img, DataArea& data) {
             if (!encode(u, bytes))
                 continue;
             page[lo] = bytes[0];
-            countOneWay(u, bytes);
-            if (bytes[0] == sub && u != subUnicode)
-                ++facts_.toSub;
         }
         put16(img, 224 + 2 * hi, data.place(page));
     }
@@ -385,7 +385,9 @@ void Compiler::buildDouble(std::vector<uint8_t>& img, DataArea& data) {
             ++facts_.mapped;
         // In the mixed pages only 0x40..0xFE start a pair, and only inside
         // the shift; in the ASCII family a byte the converter calls
-        // incomplete is a lead byte.
+        // incomplete is a lead byte, also when none of its pairs is mapped
+        // (unassigned and user-defined rows): reading it as one byte would
+        // take its second byte for the start of the next character.
         bool lead = mixed ? (b >= 0x40 && b <= 0xFE) : (o == kIncomplete && b >= 0x80);
         if (!lead)
             continue;
@@ -401,7 +403,7 @@ void Compiler::buildDouble(std::vector<uint8_t>& img, DataArea& data) {
                 ++facts_.mapped;
             }
         }
-        if (any)
+        if (!mixed || any)
             cls[b] = 2;
         if (any)
             rows[b] = row;
@@ -425,7 +427,6 @@ void Compiler::buildDouble(std::vector<uint8_t>& img, DataArea& data) {
             if (!encode(u, bytes))
                 continue;
             page[lo] = bytes.size() == 1 ? bytes[0] : uint16_t(bytes[0] << 8 | bytes[1]);
-            countOneWay(u, bytes);
         }
         put16(img, 224 + 2 * hi, data.place(words(page)));
     }
@@ -444,7 +445,6 @@ void Compiler::buildMulti(std::vector<uint8_t>& img, DataArea& data) {
     for (uint32_t u = 0; u <= 0xFFFF; ++u) {
         if (!encode(u, bytes))
             continue;
-        countOneWay(u, bytes);
         uint16_t* e = &pages[u >> 8][2 * (u & 0xFF)];
         if (bytes.size() == 1) {
             e[0] = 0;
@@ -524,16 +524,17 @@ void Compiler::buildMulti(std::vector<uint8_t>& img, DataArea& data) {
                     break;
             }
             code = {uint8_t(b)};
+            // A lead byte keeps its length even when nothing of it is
+            // mapped, so that the bytes of an unassigned character are
+            // consumed together; its node then has no entries.
             uint16_t pos = node(node, len - 1);
-            if (pos != kNone) {
-                cls = uint8_t(len);
-                first = pos;
-            }
+            cls = uint8_t(len);
+            first = pos != kNone ? pos : data.place(words({0, 0}));
         } else if (value != kNone) {
             ++facts_.mapped;
         }
-        // A byte that starts nothing the converter accepts reads as one
-        // unmapped byte: class 1 with no value.
+        // A byte that the converter refuses outright reads as one unmapped
+        // byte: class 1 with no value.
         if (cls == 1 && b < 0x80 && value != b)
             ++facts_.asciiDiffer;
         put16(img, 736 + 2 * b, cls == 1 ? value : first);
@@ -607,9 +608,9 @@ int main(int argc, char** argv) {
                 const Facts& f = c.facts();
                 std::printf(
                     "%-5s %-10s kind %u size %7zu codes %5u reverse %5u one-way %4u "
-                    "unfit %4u multi %u astral %u to-sub %u ascii %u\n",
+                    "unfit %4u substituted %4u multi %u astral %u ascii %u\n",
                     cp->name, cp->charset, kindOf(cp->family), img.size(), f.mapped, f.reverse,
-                    f.oneWay, f.tooLong, f.multi, f.astral, f.toSub, f.asciiDiffer);
+                    f.oneWay, f.unfit, f.substituted, f.multi, f.astral, f.asciiDiffer);
             }
         }
         std::string aliases =
@@ -618,6 +619,8 @@ int main(int argc, char** argv) {
             "# digits only). Right: the file name, used as it stands.\n";
         for (const auto& al : kAliases)
             aliases += std::string(al[0]) + " " + al[1] + "\n";
+        for (const auto& cp : kCodePages)
+            aliases += std::string("CP") + cp.name + " " + cp.name + "\n";
         writeFile(out + "/aliases", aliases.data(), aliases.size());
         for (const auto& p : kPointers) {
             std::string text = std::string(p[1]) + "\n";

@@ -1,0 +1,200 @@
+// Every compiled table through our engines against glibc iconv: every single
+// byte, every double-byte pair and every multi-byte sequence to UTF-8, and
+// every UCS-2 value from UTF-8. The engines may differ from iconv only where
+// one of their rules says so, and each such difference is asserted as that
+// rule: a code or value with no mapping gives the question mark, and so do
+// values whose iconv bytes the table model cannot hold ("unfit") or that
+// iconv writes as its substitution character (see docs/codesets.md).
+#include <gtest/gtest.h>
+#include <iconv.h>
+
+#include <map>
+#include <string>
+
+#include "qarq/vorn/vornnls3.hpp"
+#include "support/CodesetTree.hpp"
+#include "NlsSupport.hpp"
+#include "vorn/VornNlsTable.hpp"
+
+namespace {
+
+using qarq::test::CodesetTree;
+using qarq::test::Record;
+
+class Iconv {
+public:
+    Iconv(const char* to, const char* from) : cd_(iconv_open(to, from)) {}
+    ~Iconv() {
+        if (ok()) iconv_close(cd_);
+    }
+    Iconv(const Iconv&) = delete;
+    Iconv& operator=(const Iconv&) = delete;
+    bool ok() const { return cd_ != reinterpret_cast<iconv_t>(-1); }
+    // `in` converted from the initial state and flushed; false when refused
+    // or incomplete.
+    bool run(const std::string& in, std::string& out) {
+        iconv(cd_, nullptr, nullptr, nullptr, nullptr);
+        char buffer[64];
+        char* ip = const_cast<char*>(in.data());
+        size_t il = in.size(), ol = sizeof buffer;
+        char* op = buffer;
+        if (iconv(cd_, &ip, &il, &op, &ol) == size_t(-1)) return false;
+        if (iconv(cd_, nullptr, nullptr, &op, &ol) == size_t(-1)) return false;
+        out.assign(buffer, op);
+        return true;
+    }
+
+private:
+    iconv_t cd_;
+};
+
+std::string utf8(uint32_t v) {
+    std::string s;
+    if (v < 0x80) {
+        s += char(v);
+    } else if (v < 0x800) {
+        s += char(0xC0 | v >> 6), s += char(0x80 | (v & 0x3F));
+    } else {
+        s += char(0xE0 | v >> 12), s += char(0x80 | ((v >> 6) & 0x3F)),
+            s += char(0x80 | (v & 0x3F));
+    }
+    return s;
+}
+
+// True when `s` is exactly one UTF-8 character of the UCS-2 range, not U+FFFF.
+bool oneUcs2Character(const std::string& s) {
+    if (s.empty()) return false;
+    auto b = uint8_t(s[0]);
+    size_t n = b < 0x80 ? 1 : (b & 0xE0) == 0xC0 ? 2 : (b & 0xF0) == 0xE0 ? 3 : 0;
+    return n != 0 && n == s.size() && s != "\xEF\xBF\xBF";
+}
+
+const char* const kTables[] = {
+    "37",   "273",  "277",  "278",  "280",  "284",  "285",  "297",  "500",  "871",
+    "1047", "1140", "1141", "1142", "1143", "1144", "1145", "1146", "1147", "1148",
+    "1149", "437",  "850",  "852",  "855",  "857",  "858",  "866",  "874",  "1250",
+    "1251", "1252", "1253", "1254", "1255", "1256", "1257", "1258", "819",  "930",
+    "933",  "935",  "937",  "939",  "932",  "936",  "949",  "950",  "954"};
+
+class AgainstIconv : public ::testing::TestWithParam<const char*> {
+protected:
+    void SetUp() override {
+        CodesetTree tree({GetParam()});
+        cs.reset(vornnls2_cs_new(GetParam()));
+        ASSERT_NE(cs, nullptr) << "the loader refused table " << GetParam();
+        charset = reinterpret_cast<const char*>(cs->table + qarq::vorn::nls::kOffName);
+        ebcdic = cs->kind == 4 ||
+                 qarq::vorn::nls::rd16(cs->table + qarq::vorn::nls::kOffScheme) == 0x1100;
+        question = ebcdic ? "\x6F" : "?";
+    }
+    std::string ours(const std::string& in, bool toUtf8) {
+        char out[64];
+        unsigned n = toUtf8 ? vornnls3_tis_to_utf8(cs.get(), in.data(), int(in.size()), out, 64)
+                            : vornnls3_tis_from_utf8(cs.get(), in.data(), int(in.size()), out, 64);
+        return std::string(out, n);
+    }
+    // Whether the table model can hold iconv's bytes for one value.
+    bool fits(const std::string& b) const {
+        switch (cs->kind) {
+        case 1: return b.size() == 1;
+        case 2: return b.size() == 1 || (b.size() == 2 && b[0] != 0);
+        case 3: return !b.empty() && b.size() <= 16;
+        default:
+            return (b.size() == 1 && b != "\x0E" && b != "\x0F") ||
+                   (b.size() == 4 && b[0] == 0x0E && b[1] != 0 && b[3] == 0x0F);
+        }
+    }
+    void report(const std::map<std::string, int>& rules) {
+        std::string text;
+        for (auto& [rule, count] : rules) text += rule + "=" + std::to_string(count) + " ";
+        RecordProperty("rules", text);
+    }
+
+    Record cs;
+    std::string charset, question;
+    bool ebcdic = false;
+};
+
+TEST_P(AgainstIconv, EveryCodeToUtf8) {
+    Iconv decode("UTF-8", charset.c_str());
+    ASSERT_TRUE(decode.ok()) << charset;
+    std::map<std::string, int> rules;
+    const unsigned char* byteClass = cs->table + qarq::vorn::nls::kOffByteClass;
+    auto check = [&](const std::string& code, const std::string& engineInput) {
+        std::string theirs;
+        std::string expected;
+        if (decode.run(code, theirs) && oneUcs2Character(theirs)) {
+            expected = theirs;
+            ++rules["same"];
+        } else {
+            expected = "?";  // no mapping, whatever iconv made of it
+            ++rules["unmapped"];
+        }
+        ASSERT_EQ(ours(engineInput, true), expected)
+            << charset << " code " << ::testing::PrintToString(code);
+    };
+    for (unsigned b = 0; b < 256; ++b) {
+        std::string one(1, char(b));
+        switch (cs->kind) {
+        case 1: check(one, one); break;
+        case 2:
+            if (b < 0x80 || byteClass[b] != 2) check(one, one);
+            for (unsigned c = 0; b >= 0x80 && byteClass[b] == 2 && c < 256; ++c)
+                check(one + char(c), one + char(c));
+            break;
+        case 3: {
+            unsigned n = b < 0x80 ? 1 : byteClass[b];
+            if (n == 1) check(one, one);
+            for (unsigned c = 0; n == 2 && c < 256; ++c) check(one + char(c), one + char(c));
+            for (unsigned c = 0; n == 3 && c < 65536; ++c) {
+                std::string seq = one + char(c >> 8) + char(c);
+                check(seq, seq);
+            }
+            break;
+        }
+        case 4:
+            if (b == 0x0E) {
+                // A shift-out is no character: nothing is written for it.
+                ASSERT_EQ(ours(one, true), "");
+            } else {
+                check(one, one);
+            }
+            for (unsigned c = 0; b >= 0x40 && b <= 0xFE && c < 256; ++c) {
+                std::string pair = "\x0E" + one + char(c) + "\x0F";
+                check(pair, pair);
+            }
+            break;
+        }
+    }
+    report(rules);
+}
+
+TEST_P(AgainstIconv, EveryUcs2ValueFromUtf8) {
+    Iconv encode(charset.c_str(), "UTF-8");
+    Iconv decode("UTF-8", charset.c_str());
+    ASSERT_TRUE(encode.ok() && decode.ok()) << charset;
+    std::map<std::string, int> rules;
+    for (uint32_t v = 0; v < 0x10000; ++v) {
+        std::string theirs, back, expected;
+        const char* rule;
+        if (!encode.run(utf8(v), theirs)) {
+            rule = "unmapped";
+        } else if (!fits(theirs)) {
+            rule = "unfit";
+        } else if (v != 0x1A && decode.run(theirs, back) && back == "\x1A") {
+            rule = "substitution";
+        } else {
+            rule = "same";
+            expected = theirs;
+        }
+        if (std::string(rule) != "same") expected = question;
+        ++rules[rule];
+        ASSERT_EQ(ours(utf8(v), false), expected) << charset << " U+" << std::hex << v << " " << rule;
+    }
+    report(rules);
+}
+
+INSTANTIATE_TEST_SUITE_P(Tables, AgainstIconv, ::testing::ValuesIn(kTables),
+                         [](const auto& info) { return std::string("cp") + info.param; });
+
+}  // namespace

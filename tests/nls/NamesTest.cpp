@@ -1,0 +1,278 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "NlsSupport.hpp"
+#include "TestTables.hpp"
+#include "qarq/base/Os.hpp"
+#include "qarq/vorn/vornnls1.hpp"
+#include "qarq/vorn/vornnls3.hpp"
+#include "qarq/vorn/vornnls6.hpp"
+#include "vorn/VornNlsState.hpp"
+
+namespace {
+
+using qarq::test::BindirTree;
+using qarq::test::ErrorLog;
+using qarq::test::ScopedCwd;
+using qarq::test::ScopedEnv;
+using qarq::test::TempDir;
+
+// Runs in an empty working directory with no BINDIR, so that no aliases
+// file is found unless the test writes one.
+class Names : public ::testing::Test {
+protected:
+    TempDir cwd;
+    ScopedCwd inCwd{cwd.path()};
+    ScopedEnv noBindir{"BINDIR", nullptr};
+
+    std::string alias(const std::string& name, unsigned length = 128, unsigned* rc = nullptr) {
+        char buffer[128] = {};
+        std::strncpy(buffer, name.c_str(), sizeof buffer - 1);
+        unsigned r = vornnls1_get_alias(buffer, length);
+        if (rc) *rc = r;
+        return buffer;
+    }
+    std::string tableName(const std::string& source, unsigned length = 128) {
+        char buffer[128];
+        std::memset(buffer, 'x', sizeof buffer);
+        vornnls1_get_table_name(source.c_str(), buffer, length);
+        return buffer;
+    }
+    void aliases(const std::string& text) { qarq::test::writeFile(cwd.path() + "/aliases", text); }
+};
+
+TEST_F(Names, TableNamesKeepDigitsAndUpperCaseLetters) {
+    EXPECT_EQ(tableName("ZTH-850"), "850");
+    EXPECT_EQ(tableName("zth-850"), "ZTH850");
+    EXPECT_EQ(tableName("ISO8859-1"), "ISO88591");
+    EXPECT_EQ(tableName("1252"), "1252");
+    EXPECT_EQ(tableName(std::string(200, 'a')), std::string(127, 'A'));
+    EXPECT_EQ(tableName("abcdef", 4), "ABC");
+    ErrorLog log;
+    EXPECT_EQ(tableName("---"), "");
+    ASSERT_EQ(log.entries().size(), 1u);
+    EXPECT_EQ(log.entries()[0].function, "vornnls1_get_table_name");
+    EXPECT_EQ(log.entries()[0].pairs.at(0), "---");
+}
+
+TEST_F(Names, AnAliasNeedsWhiteSpaceBehindItsSecondColumn) {
+    unsigned rc = 0;
+    EXPECT_EQ(alias("850", 128, &rc), "850");
+    EXPECT_EQ(rc, 1u);  // no aliases file at all
+
+    aliases("# site aliases\n850 850x\n850 second\n");
+    EXPECT_EQ(alias("850", 128, &rc), "850x");
+    EXPECT_EQ(rc, 0u);
+    EXPECT_EQ(alias("437", 128, &rc), "437");  // read, no match
+    EXPECT_EQ(rc, 0u);
+
+    aliases("850 850x");
+    EXPECT_EQ(alias("850"), "850");
+    aliases("850\t850x\tignored words\n");
+    EXPECT_EQ(alias("850"), "850x");
+    aliases("  850   850x  \n");
+    EXPECT_EQ(alias("850"), "850x");
+    aliases("#850 850x\n");
+    EXPECT_EQ(alias("#850"), "#850");
+    aliases(" #850 850x\n");
+    EXPECT_EQ(alias("#850"), "850x");
+    // The comparison is exact: the left column must be the filtered form.
+    aliases("iso8859-1 latin\n");
+    EXPECT_EQ(alias("ISO88591"), "ISO88591");
+    // A line longer than 127 characters is read in pieces; its cut second
+    // column does not count, and the rest is a line of its own.
+    aliases("850 " + std::string(200, 'y') + "\n" + std::string(150, 'z') + " q\n");
+    EXPECT_EQ(alias("850"), "850");
+    // The replacement is cut to the buffer.
+    aliases("850 verylongname\n");
+    EXPECT_EQ(alias("850", 8), "verylon");
+}
+
+TEST_F(Names, BindirAliasesComeFirstWhileBindirIsShortEnough) {
+    aliases("1252 FROMCWD\n");
+    BindirTree tree;
+    tree.put("aliases", "1252 FROMBINDIR\n");
+    EXPECT_EQ(alias("1252"), "FROMBINDIR");
+    EXPECT_EQ(tableName("ZTH1252"), "FROMBINDIR");
+
+    // Length plus 34 must stay below 255.
+    TempDir root;
+    for (size_t length : {221u, 220u}) {
+        std::string bindir = root.path() + "/" + std::string(length - root.path().size() - 1, 'b');
+        std::filesystem::create_directories(bindir + "/GRV/server/codeset");
+        qarq::test::writeFile(bindir + "/GRV/server/codeset/aliases", "1252 LONG\n");
+        ScopedEnv env("BINDIR", bindir.c_str());
+        EXPECT_EQ(alias("1252"), length == 220u ? "LONG" : "FROMCWD") << length;
+    }
+}
+
+TEST_F(Names, LangIsUpperCaseOrC) {
+    {
+        ScopedEnv lang("LANG", "pt_BR");
+        vornnls1_get_lang();
+        EXPECT_STREQ(qarq::vorn::nls::lang(), "PT_BR");
+    }
+    {
+        ScopedEnv lang("LANG", nullptr);
+        vornnls1_get_lang();
+        EXPECT_STREQ(qarq::vorn::nls::lang(), "C");
+        EXPECT_STREQ(getenv("LANG"), "C");
+    }
+    {
+        ScopedEnv lang("LANG", "de_DE.UTF-8");
+        static auto malloc = [](size_t) -> void* { return nullptr; };
+        qarq::os::ScopedOsCall noMemory(&qarq::os::Calls::malloc, +malloc);
+        vornnls1_get_lang();
+        EXPECT_STREQ(qarq::vorn::nls::lang(), "C");  // keeps the old value
+    }
+}
+
+TEST_F(Names, TheAnsiCodePageComesFromTheLocale) {
+    ScopedEnv all("LC_ALL", nullptr), ctype("LC_CTYPE", nullptr);
+    auto page = [](const char* lang) {
+        ScopedEnv env("LANG", lang);
+        char name[128];
+        vornnls1_get_cs_name(name, sizeof name);
+        return std::string(name);
+    };
+    EXPECT_EQ(page("C"), "1252");
+    EXPECT_EQ(page("POSIX"), "1252");
+    EXPECT_EQ(page(nullptr), "1252");
+    EXPECT_EQ(page("en_US.UTF-8"), "65001");
+    EXPECT_EQ(page("ja_JP.utf8"), "65001");
+    EXPECT_EQ(page("ja_JP.SJIS"), "932");
+    EXPECT_EQ(page("ja_JP.eucJP"), "932");
+    EXPECT_EQ(page("zh_CN.GBK"), "936");
+    EXPECT_EQ(page("zh_TW.Big5"), "950");
+    EXPECT_EQ(page("ko_KR.EUC-KR"), "949");
+    EXPECT_EQ(page("de_DE.ISO-8859-1"), "1252");
+    EXPECT_EQ(page("fr_FR@euro"), "1252");
+    EXPECT_EQ(page("pl_PL.ISO-8859-2"), "1250");
+    EXPECT_EQ(page("ru_RU.KOI8-R"), "1251");
+    EXPECT_EQ(page("el_GR"), "1253");
+    EXPECT_EQ(page("tr_TR"), "1254");
+    EXPECT_EQ(page("he_IL"), "1255");
+    EXPECT_EQ(page("ar_EG"), "1256");
+    EXPECT_EQ(page("lt_LT"), "1257");
+    EXPECT_EQ(page("vi_VN"), "1258");
+    EXPECT_EQ(page("th_TH"), "874");
+    {
+        ScopedEnv over("LC_ALL", "ja_JP.UTF-8");
+        EXPECT_EQ(page("de_DE"), "65001");
+    }
+    {
+        ScopedEnv over("LC_CTYPE", "ru_RU");
+        EXPECT_EQ(page("de_DE"), "1251");
+    }
+    char small[4] = "xyz";
+    EXPECT_EQ(vornnls1_get_cs_name(small, 0), 1u);
+    EXPECT_EQ(vornnls1_get_cs_name(small, 4), 0u);
+    ScopedEnv lang("LANG", "de_DE");
+    EXPECT_EQ(vornnls1_get_cs_name(small, 4), 0u);
+    EXPECT_STREQ(small, "");  // "1252" and its NUL need 5 bytes
+}
+
+// Initialisation: the machine's table through the aliases, "DEFAULT", or
+// the built-in pass-through, and the alternate code set for two locales.
+class Defaults : public Names {
+protected:
+    ScopedEnv all{"LC_ALL", nullptr}, ctype{"LC_CTYPE", nullptr};
+    void SetUp() override { reset(); }
+    void TearDown() override { reset(); }
+    static void reset() {
+        vornnls6_tis_cs_free(nullptr, 1);
+        vornnls6_tis_cs_free(nullptr, 2);
+        *def_cs = VornNlsCodeSet{nullptr, 6, 0, 0, 0, {}, 0, 0, 0};
+        *def_2_cs = VornNlsCodeSet{nullptr, 6, 0, 0, 0, {}, 0, 0, 0};
+    }
+    static std::string convert(const std::string& in) {
+        char out[64];
+        unsigned n = vornnls3_tis_to_utf8(nullptr, in.data(), int(in.size()), out, sizeof out);
+        return std::string(out, n);
+    }
+};
+
+TEST_F(Defaults, TheMachineTableComesThroughTheAliases) {
+    BindirTree tree;
+    ScopedEnv lang("LANG", "C");
+    tree.put("aliases", "1252 HOST37\n");
+    tree.put("HOST37", qarq::test::ebcdicSbcs().bytes());
+    EXPECT_EQ(convert("\xC1\xC2"), "AB");  // first conversion initialises
+    EXPECT_TRUE(qarq::vorn::nls::tisInitialised());
+    EXPECT_EQ(def_cs->kind, 1);
+    EXPECT_EQ(def_2_cs->table, nullptr);
+
+    // Freeing the default with 1 makes the next conversion load it again.
+    vornnls6_tis_cs_free(nullptr, 1);
+    EXPECT_FALSE(qarq::vorn::nls::tisInitialised());
+    tree.put("aliases", "1252 LATIN\n");
+    tree.put("LATIN", qarq::test::asciiSbcs().bytes());
+    EXPECT_EQ(convert("\xC1\x80"), "\xC3\x81\xE2\x82\xAC");
+}
+
+TEST_F(Defaults, WithoutTheTableDefaultThenPassThrough) {
+    BindirTree tree;
+    ScopedEnv lang("LANG", "en_US.UTF-8");  // 65001, no alias, no table
+    tree.put("DEFAULT", qarq::test::ebcdicSbcs().bytes());
+    vornnls1_tis_init();
+    EXPECT_EQ(convert("\xC1"), "A");
+    reset();
+    std::filesystem::remove(tree.codeset() + "DEFAULT");
+    vornnls1_tis_init();
+    EXPECT_EQ(def_cs->kind, 6);
+    EXPECT_EQ(convert("\xC1"), "\xC1");
+    // The site maps 65001 to UTF8: kind 6 with no file.
+    reset();
+    tree.put("aliases", "65001 UTF8\n");
+    vornnls1_tis_init();
+    EXPECT_EQ(def_cs->kind, 6);
+    EXPECT_EQ(def_cs->state, 0);
+}
+
+TEST_F(Defaults, AHostileMachineTableLeavesTheDefault) {
+    BindirTree tree;
+    ScopedEnv lang("LANG", "C");
+    qarq::test::UcvImage bad = qarq::test::sampleMbcs();
+    bad.byteClass(0xC0, 0);
+    tree.put("1252", bad.bytes());
+    tree.put("DEFAULT", qarq::test::asciiSbcs().bytes());
+    ErrorLog log;
+    vornnls1_tis_init();
+    EXPECT_TRUE(log.has("vornnls2_load_table"));
+    EXPECT_EQ(def_cs->kind, 1);
+    EXPECT_EQ(convert("\x80"), "\xE2\x82\xAC");
+}
+
+TEST_F(Defaults, TheAlternateCodeSetExistsForFrenchAndBrazilianOnly) {
+    BindirTree tree;
+    tree.put("850", qarq::test::asciiSbcs().bytes());
+    for (const char* lang : {"fr_FR", "pt_BR", "FR_CA", "fr_FR.UTF-8"}) {
+        reset();
+        ScopedEnv env("LANG", lang);
+        vornnls1_tis_init();
+        bool expected = std::string(lang) == "fr_FR" || std::string(lang) == "pt_BR";
+        EXPECT_EQ(def_2_cs->table != nullptr, expected) << lang;
+    }
+    // Freeing the alternate: its table goes, the default stays initialised.
+    vornnls6_tis_cs_free(nullptr, 2);
+    EXPECT_EQ(def_2_cs->table, nullptr);
+    vornnls6_tis_cs_free(nullptr, 2);
+    EXPECT_TRUE(qarq::vorn::nls::tisInitialised());
+}
+
+TEST_F(Defaults, SettingADefaultMovesTheTableAndFreesTheOldOne) {
+    qarq::test::Record first = qarq::test::load(qarq::test::asciiSbcs());
+    qarq::test::Record second = qarq::test::load(qarq::test::ebcdicSbcs());
+    vornnls6_tis_set_def_cs(first.get(), 1);
+    EXPECT_EQ(def_cs->table, first->table);
+    qarq::os::calls().free(first.release());  // the record only
+    vornnls6_tis_set_def_cs(second.get(), 1);  // frees the first table (ASan checks)
+    EXPECT_EQ(def_cs->table, second->table);
+    qarq::os::calls().free(second.release());
+    qarq::vorn::nls::tisInitialised() = true;
+    EXPECT_EQ(convert("\xC1"), "A");
+}
+
+}  // namespace
