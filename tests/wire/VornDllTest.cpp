@@ -17,18 +17,6 @@
 
 namespace {
 
-#if defined(__SANITIZE_THREAD__)
-constexpr bool kThreadSanitizer = true;
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-constexpr bool kThreadSanitizer = true;
-#else
-constexpr bool kThreadSanitizer = false;
-#endif
-#else
-constexpr bool kThreadSanitizer = false;
-#endif
-
 // A name no other run shares; removed again at the end of the test.
 class ScopedName {
 public:
@@ -72,7 +60,7 @@ TEST(VornMutex, HolderThatEndsLeavesItAbandonedToTheNextTaker) {
     std::thread([&] { taken = VornMutexRequest(mutex.handle, VORN_MUTEX_WAIT_FOREVER); }).join();
     ASSERT_EQ(0u, taken);
 
-    EXPECT_EQ(105u, VornMutexRequest(mutex.handle, VORN_MUTEX_WAIT_FOREVER));
+    EXPECT_EQ(105u, VornMutexRequest(mutex.handle, 1000));
     // The caller holds it now: another thread can't have it, a release works.
     uint32_t other = 0;
     std::thread([&] { other = VornMutexRequest(mutex.handle, 0); }).join();
@@ -98,8 +86,6 @@ TEST(VornMutex, FailuresComeBackAsTheSystemsCodes) {
 }
 
 TEST(VornMutex, ReleaseByANonHolderIsRefused) {
-    if (kThreadSanitizer)
-        GTEST_SKIP() << "ThreadSanitizer reports the refused release this test makes on purpose";
     Handle mutex;
     ASSERT_EQ(0u, VornMutexCreate(nullptr, &mutex.handle, 0, 0));
     EXPECT_EQ(static_cast<uint32_t>(EPERM), VornMutexRelease(mutex.handle));
