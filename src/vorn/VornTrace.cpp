@@ -4,23 +4,11 @@
 
 namespace qarq::vorn {
 
+// Set at library attach (VornDllI_commonInitalizer, which runs before the
+// library's static initialisers) and only read afterwards: a plain global, so
+// that a trace point costs one load and one test.
 TraceControl* traceControlWord = nullptr;
 
-TraceControl*& traceControl() {
-    static const bool initialised = [] {
-        HESKINITTRACE("QARQ", "", &traceControlWord);
-        return true;
-    }();
-    (void)initialised;
-    return traceControlWord;
-}
-
-namespace {
-
-// The settings are read when the library loads, so that the inline gates of
-// the stream classes, which read the word directly, see them from the start.
-const bool gReadAtLoad = (traceControl(), true);
-
-}  // namespace
+TraceControl*& traceControl() { return traceControlWord; }
 
 }  // namespace qarq::vorn

@@ -2,7 +2,8 @@
 //
 // Every trace point of the library's own classes and C modules gates on this
 // pointer (QARQ_TRACE_POINT(qarq::vorn::traceControl(), ...)). It is set once,
-// from the environment, by HESKINITTRACE("QARQ", ...); null means tracing is off.
+// at library attach, from the environment, by HESKINITTRACE("QARQ", ...); null
+// means tracing is off.
 #pragma once
 
 #include "qarq/export.hpp"

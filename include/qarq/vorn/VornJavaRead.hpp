@@ -18,6 +18,12 @@
 #include "qarq/vorn/VornJavaTypes.hpp"
 #include "qarq/vorn/VornTraceWord.hpp"
 
+// ---- values with a length (src/vorn/VornJavaValues.cpp) ----
+class VornJavaByteArray;
+class VornJavaString;
+struct ENC_ENC_KEY_DEF;
+// ---- end ----
+
 class QARQ_API VornJavaRead : public VornBuffer {
   public:
     explicit VornJavaRead(char* buffer = nullptr, unsigned length = 0);
@@ -70,7 +76,32 @@ class QARQ_API VornJavaRead : public VornBuffer {
     IString asString() const override;
     IString asDebugInfo() const override;
 
+    // ---- values with a length (src/vorn/VornJavaValues.cpp) ----
+    // Text arrives as UTF-8 and is given in the default code set. Strings
+    // count by the 16-bit length; a first length of 0 or less, or a short
+    // length of 0 or less, reads as the empty string. A wrong tag leaves the
+    // target as it was.
+    VornJavaRead& readString(VornJavaString& target);
+    VornJavaRead& readString(IString& target);
+    /// Prints a warning on standard output and reads as readString(target);
+    /// the key is ignored (only readers outside the library use keys).
+    virtual VornJavaRead& readString(VornJavaString& target, ENC_ENC_KEY_DEF* key);
+    /// A class name (counted by the 32-bit length), or a class handle as the
+    /// decimal text of its number. A name longer than the data left raises
+    /// VornBufferExcOverrun before anything is allocated.
+    VornJavaString readClass();
+    /// The array gets the announced length and bytes. A length beyond the data
+    /// left (or negative) raises VornBufferExcOverrun and allocates nothing; an
+    /// array whose block can't be allocated stays empty and the bytes are skipped.
+    VornJavaRead& readByteArray(VornJavaByteArray& array);
+    // ---- end ----
+
   private:
+    // ---- values with a length ----
+    // A class name's bytes in the default code set, from the OS seam's malloc
+    // (free them there), or null for the empty name or a failed allocation.
+    char* readStringBytes();
+    // ---- end ----
     short read16Bits();
     int read32Bits();
     // Steps over the tag and `count` payload bytes when they lie in the block

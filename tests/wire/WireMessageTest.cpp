@@ -1,0 +1,201 @@
+// Requests, responses, notifications and their exception objects.
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "qarq/vorn/VornExcBase.hpp"
+#include "wire/WireMessageClasses.hpp"
+#include "wire/WireTestSupport.hpp"
+
+namespace {
+
+using qarq::test::bytes;
+using qarq::test::Reader;
+using qarq::test::RecordLog;
+using qarq::test::TestException;
+using qarq::test::TestNotif;
+using qarq::test::TestRequest;
+using qarq::test::TestResponse;
+using qarq::test::Writer;
+
+const char kEmptyHosts[] = "00 80 00 00 00 00 00 80 00 00 00 00 ";
+const char kExcBody[] =
+    "00 01 00 00 00 08 00 08 74 65 73 74 2E 45 78 63 "  // class "test.Exc"
+    "00 08 00 00 00 2A "                                 // excId 42
+    "00 80 00 00 00 01 00 01 61 00 80 00 00 00 00 "      // "a", ""
+    "00 80 00 00 00 00 00 80 00 00 00 01 00 01 64";      // "", "d"
+
+TEST(WireMessage, RequestBody) {
+    TestRequest request(7);
+    request.setHosts("a", "b");
+    Writer w;
+    request.write(w.out);
+    EXPECT_EQ(
+        "00 80 00 00 00 01 00 01 61 00 80 00 00 00 01 00 01 62 00 08 00 00 00 01 "
+        "00 08 00 00 00 00 00 08 00 00 00 07",
+        w.hex());
+
+    // The kind is a field like any other: a peer's 2 stands in a request.
+    Reader r(bytes(std::string(kEmptyHosts) + "00 08 00 00 00 02 00 08 00 00 00 05 00 08 00 00 00 09"));
+    TestRequest back;
+    back.read(r.in);
+    EXPECT_EQ(2, back.kind());
+    EXPECT_EQ(5, back.clientId());
+    EXPECT_EQ(9, back.getCorrelator());
+}
+
+TEST(WireMessage, ResponseDefaultsAndBody) {
+    TestResponse response;
+    EXPECT_EQ(2, response.kind());
+    EXPECT_EQ(0, response.getCorrelator());
+    EXPECT_EQ(0, response.getPosReasonCode());
+    EXPECT_EQ(nullptr, response.getException());
+    Writer w;
+    response.write(w.out);
+    EXPECT_EQ(std::string(kEmptyHosts) +
+                  "00 08 00 00 00 02 00 08 00 00 00 00 00 08 00 00 00 00 00 08 00 00 00 00 "
+                  "00 01 00 00 00 00",
+              w.hex());
+
+    TestNotif notif;
+    EXPECT_EQ(3, notif.kind());
+    notif.setPosExtReasonCode(-4);
+    notif.setException(*new TestException(42, "a", "", "", "d"));
+    EXPECT_EQ(-4, notif.getPosReasonCode());
+    Writer n;
+    notif.write(n.out);
+    EXPECT_EQ(std::string(kEmptyHosts) +
+                  "00 08 00 00 00 03 00 08 00 00 00 00 00 08 FF FF FF FC " + kExcBody,
+              n.hex());
+}
+
+TEST(WireMessage, ReadIntoThePresetExceptionObject) {
+    const std::string head =
+        std::string(kEmptyHosts) + "00 08 00 00 00 02 00 08 00 00 00 00 00 08 00 00 00 07 00 08 00 00 00 05 ";
+    TestResponse response;
+    auto* preset = new TestException(1, "p1", "p2", "p3", "p4");
+    response.setException(*preset);
+    Reader r(bytes(head + kExcBody));
+    response.read(r.in);
+    EXPECT_EQ(preset, response.getException());
+    EXPECT_EQ(42, preset->getExcId());
+    EXPECT_EQ(IString("a"), preset->getText1());
+    EXPECT_EQ(IString(""), preset->getText2());
+    EXPECT_EQ(IString("d"), preset->getText4());
+    EXPECT_EQ(7, response.getCorrelator());
+    EXPECT_EQ(5, response.getPosReasonCode());
+
+    // The empty class name leaves the preset object as it stood.
+    TestResponse keeps;
+    auto* untouched = new TestException(1, "p1", "p2", "p3", "p4");
+    keeps.setException(*untouched);
+    Reader e(bytes(head + "00 01 00 00 00 00"));
+    keeps.read(e.in);
+    EXPECT_EQ(untouched, keeps.getException());
+    EXPECT_EQ(1, untouched->getExcId());
+    EXPECT_EQ(IString("p4"), untouched->getText4());
+}
+
+TEST(WireMessage, ExceptionOnTheStreamWithNoObjectSetRaises) {
+    RecordLog log;
+    TestResponse response;
+    Reader r(bytes(std::string(kEmptyHosts) +
+                   "00 08 00 00 00 02 00 08 00 00 00 00 00 08 00 00 00 07 00 08 00 00 00 05 " +
+                   kExcBody));
+    EXPECT_THROW(response.read(r.in), VornExcBase);
+    EXPECT_EQ(7, response.getCorrelator());  // the fields before it stand
+    EXPECT_EQ(5, response.getPosReasonCode());
+    EXPECT_EQ(nullptr, response.getException());
+    EXPECT_EQ(1u, log.errorsMentioning("VornJavaExcNullObject"));
+
+    TestNotif notif;
+    Reader n(bytes(std::string(kEmptyHosts) +
+                   "00 08 00 00 00 03 00 08 00 00 00 00 00 08 00 00 00 01 " + kExcBody));
+    EXPECT_THROW(notif.read(n.in), VornExcBase);
+    EXPECT_EQ(1, notif.getPosReasonCode());
+}
+
+TEST(WireMessage, SetExceptionTwiceGivesTheFirstBackToTheCaller) {
+    std::unique_ptr<TestException> first(new TestException(1));
+    {
+        TestResponse response;
+        response.setException(*first);
+        response.setException(*new TestException(2));
+        EXPECT_EQ(2, response.getException()->getExcId());
+    }  // deletes the second only: the first is still ours (ASan tells otherwise)
+    EXPECT_EQ(1, first->getExcId());
+}
+
+TEST(WireMessage, CopiesOwnCopiesOfTheirException) {
+    TestResponse original(9);
+    original.setHosts("s", "t");
+    original.setPosExtReasonCode(3);
+    original.setException(*new TestException(5, "x", "", "", "", "test.Other"));
+
+    TestResponse copy(original);
+    ASSERT_NE(nullptr, copy.getException());
+    EXPECT_NE(original.getException(), copy.getException());
+    EXPECT_EQ(9, copy.getCorrelator());
+    EXPECT_EQ(3, copy.getPosReasonCode());
+    EXPECT_EQ(IString("s"), copy.getSHost());
+    // The copy goes on the wire as the original does.
+    Writer a, b;
+    original.write(a.out);
+    copy.write(b.out);
+    EXPECT_EQ(a.hex(), b.hex());
+
+    // Assignment releases what the target held (ASan tells otherwise).
+    TestResponse target;
+    target.setException(*new TestException(6));
+    target = original;
+    EXPECT_EQ(5, target.getException()->getExcId());
+    EXPECT_NE(original.getException(), target.getException());
+    TestResponse& same = target;
+    target = same;
+    EXPECT_EQ(5, target.getException()->getExcId());
+    TestResponse none;
+    target = none;
+    EXPECT_EQ(nullptr, target.getException());
+
+    TestNotif notif;
+    notif.setException(*new TestException(8));
+    TestNotif notifCopy(notif);
+    EXPECT_NE(notif.getException(), notifCopy.getException());
+    EXPECT_EQ(8, notifCopy.getException()->getExcId());
+    TestNotif notifTarget;
+    notifTarget.setException(*new TestException(1));
+    notifTarget = notif;
+    EXPECT_EQ(8, notifTarget.getException()->getExcId());
+
+    std::unique_ptr<VornCloneableObject> clone(original.getException()->clone());
+    EXPECT_EQ(IString("test.Other"), clone->eucClassName());
+}
+
+TEST(WireMessage, TextForms) {
+    TestException exc(3);
+    const std::string e = exc.asDebugInfo().data();
+    EXPECT_EQ(0u, e.find("VornObjectASerializableException[base=VornCloneableObject[this=0x")) << e;
+    const std::string tail = ",excId='3',text1='',text2='',text3='',text4=']";
+    EXPECT_EQ(tail, e.substr(e.size() - tail.size())) << e;
+
+    TestRequest request(7);
+    request.setHosts("a", "b");
+    const std::string q = request.asDebugInfo().data();
+    EXPECT_EQ(0u, q.find("VornObjectARequest[base=VornObjectAMessage[base=VornObject[this=0x")) << q;
+    const std::string qTail = "],sHost=a,tHost=b,type=1,client=0],corr=7]";
+    EXPECT_EQ(qTail, q.substr(q.size() - qTail.size())) << q;
+
+    TestResponse response(4);
+    const std::string s = response.asDebugInfo().data();
+    EXPECT_EQ(0u, s.find("VornObjectAResponse[base=VornObjectAMessage[")) << s;
+    EXPECT_NE(std::string::npos, s.find(",type=2,client=0],corr=4,exc=")) << s;
+
+    TestNotif notif;
+    const std::string n = notif.asDebugInfo().data();
+    EXPECT_EQ(0u, n.find("VornObjectANotif[base=VornObjectAMessage[")) << n;
+    EXPECT_NE(std::string::npos, n.find(",type=3,client=0],exc=")) << n;
+    EXPECT_EQ(IString("VornObjectANotif"), notif.asString());
+}
+
+}  // namespace

@@ -1,0 +1,359 @@
+// Strings, class names and byte arrays on the stream.
+#include <cstdio>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "qarq/base/Os.hpp"
+#include "qarq/vorn/VornExcBase.hpp"
+#include "qarq/vorn/VornJavaByteArray.hpp"
+#include "qarq/vorn/VornJavaString.hpp"
+#include "vorn/VornTrace.hpp"
+#include "wire/WireTestSupport.hpp"
+
+namespace {
+
+using qarq::test::bytes;
+using qarq::test::Reader;
+using qarq::test::RecordLog;
+using qarq::test::Writer;
+
+// The oldest text of a thrown exception of the family: its message.
+std::string message(const IException& e) { return e.text(e.textCount() - 1); }
+
+TEST(WireString, FormsOnTheWire) {
+    struct Case {
+        std::string text;
+        const char* wire;
+    } cases[] = {
+        {"abc", "00 80 00 00 00 03 00 03 61 62 63"},
+        {"", "00 80 00 00 00 00"},
+        // The euro sign of the default code set is three bytes of UTF-8: both
+        // lengths count those.
+        {"\x80", "00 80 00 00 00 03 00 03 E2 82 AC"},
+        {"Gr\xFC\xDF", "00 80 00 00 00 06 00 06 47 72 C3 BC C3 9F"},
+    };
+    for (const Case& c : cases) {
+        Writer w;
+        w.out.writeString(c.text.c_str());
+        EXPECT_EQ(c.wire, w.hex()) << c.text;
+
+        Reader r(w.bytes());
+        VornJavaString back("stale");
+        r.in.readString(back);
+        EXPECT_EQ(c.text, std::string(back.data(), back.length()));
+        EXPECT_EQ(w.bytes().size(), r.used());
+    }
+}
+
+TEST(WireString, TextStopsAtItsFirstNul) {
+    Writer w;
+    w.out.writeString(IString("ab\0cd", 5));
+    w.out.writeString(VornJavaString(IString("\0x", 2)));
+    EXPECT_EQ("00 80 00 00 00 02 00 02 61 62 00 80 00 00 00 00", w.hex());
+
+    // A peer's NUL ends the text read as well.
+    Reader r(bytes("00 80 00 00 00 03 00 03 61 00 62 00 08 00 00 00 09"));
+    IString text;
+    r.in.readString(text);
+    EXPECT_EQ(IString("a"), text);
+    EXPECT_EQ(9, r.in.readInt());
+}
+
+TEST(WireString, ReaderAndClassReaderCountByDifferentLengths) {
+    // readString goes by the short length, readClass by the first.
+    Reader s(bytes("00 80 00 00 00 07 00 02 61 62 00 08 00 00 00 01"));
+    VornJavaString text;
+    s.in.readString(text);
+    EXPECT_EQ(IString("ab"), text);
+    EXPECT_EQ(1, s.in.readInt());
+
+    Reader c(bytes("00 01 00 00 00 03 00 01 61 62 63 00 08 00 00 00 02"));
+    EXPECT_EQ(IString("abc"), c.in.readClass());
+    EXPECT_EQ(2, c.in.readInt());
+
+    Reader cu(bytes("00 01 00 00 00 03 00 03 E2 82 AC"));
+    EXPECT_EQ(IString("\x80"), cu.in.readClass());
+}
+
+TEST(WireString, PeerLengthsThatAnnounceNoTextReadAsEmpty) {
+    struct Case {
+        const char* wire;
+        unsigned consumed;
+    } cases[] = {
+        {"00 80 FF FF FF FF", 6},              // first length -1: nothing more is read
+        {"00 80 80 00 00 00", 6},              // the most negative first length
+        {"00 80 00 00 00 05 FF FE", 8},        // a negative short length
+        {"00 80 00 00 00 05 00 00", 8},        // a short length of 0 behind a first above 0
+        {"00 80 00 00 00 01 80 00", 8},        // -32768
+    };
+    for (const Case& c : cases) {
+        Reader r(bytes(std::string(c.wire) + " 00 08 00 00 00 2A"));
+        VornJavaString text("stale");
+        r.in.readString(text);
+        EXPECT_EQ(0u, text.length()) << c.wire;
+        EXPECT_EQ(c.consumed, r.used()) << c.wire;
+        EXPECT_EQ(42, r.in.readInt()) << c.wire;
+    }
+    Reader cls(bytes("00 01 FF FF FF FF 00 08 00 00 00 2A"));
+    EXPECT_EQ(0u, cls.in.readClass().length());
+    EXPECT_EQ(42, cls.in.readInt());
+}
+
+TEST(WireString, WrongTagLeavesTheTargetAlone) {
+    Reader r(bytes("00 08 00 00 00 01"));
+    VornJavaString text("kept");
+    EXPECT_THROW(r.in.readString(text), VornExcBase);
+    EXPECT_EQ(IString("kept"), text);
+
+    Reader c(bytes("00 02 00 00"));
+    try {
+        c.in.readClass();
+        FAIL() << "no exception";
+    } catch (const VornExcBase& e) {
+        const std::string text1 = message(e);
+        EXPECT_EQ("Expected: 1 or 8192", text1.substr(text1.size() - 19)) << text1;
+    }
+}
+
+TEST(WireString, LongestTextAPeerCanTakeAndOneByteMore) {
+    Writer w;
+    w.out.writeString(std::string(32767, 'x').c_str());
+    EXPECT_EQ("00 80 00 00 7F FF 7F FF 78", w.hex().substr(0, 26));
+    Reader r(w.bytes());
+    VornJavaString back;
+    r.in.readString(back);
+    EXPECT_EQ(32767u, back.length());
+
+    // Refused before anything of it is written, also when only the UTF-8
+    // form is too long (10923 euro signs are 32769 bytes).
+    for (const std::string& text : {std::string(32768, 'x'), std::string(10923, '\x80')}) {
+        RecordLog log;
+        Writer refused;
+        refused.out.writeInt(1);
+        EXPECT_THROW(refused.out.writeString(text.c_str()), VornExcBase);
+        EXPECT_THROW(refused.out.writeClass(VornJavaString(text.c_str())), VornExcBase);
+        EXPECT_EQ("00 08 00 00 00 01", refused.hex());
+        EXPECT_EQ(2u, log.errorsOf("VornJavaWrite::writeStringBytes"));
+    }
+}
+
+TEST(WireClass, HandleGivesItsNumberAsName) {
+    Reader r(bytes("20 00 00 05 20 00 FF FF 20 00 7F FF"));
+    EXPECT_EQ(IString("5"), r.in.readClass());
+    EXPECT_EQ(IString("-1"), r.in.readClass());
+    EXPECT_EQ(IString("32767"), r.in.readClass());
+    EXPECT_EQ(12u, r.used());
+
+    Writer w;
+    w.out.writeClass(VornJavaString("a")).writeClass(VornJavaString());
+    EXPECT_EQ("00 01 00 00 00 01 00 01 61 00 01 00 00 00 00", w.hex());
+}
+
+TEST(WireClass, NameLongerThanTheDataIsAnOverrunNotAnAllocation) {
+    static size_t largest;
+    largest = 0;
+    Reader r(bytes("00 01 7F FF FF FF 00 01 61"));
+    qarq::os::ScopedOsCall measuring(&qarq::os::Calls::malloc, +[](size_t size) -> void* {
+        if (size > largest) largest = size;
+        return qarq::os::realCalls().malloc(size);
+    });
+    EXPECT_THROW(r.in.readClass(), VornExcBase);
+    EXPECT_LT(largest, size_t{1} << 20);
+}
+
+TEST(WireByteArray, FormsAndLengthZero) {
+    VornJavaByteArray ab;
+    ab.copyBytes("\xAA\xBB", 2);
+    VornJavaByteArray none;
+    Writer w;
+    w.out.writeByteArray(ab).writeByteArray(none);
+    EXPECT_EQ("04 00 00 00 00 02 AA BB 04 00 00 00 00 00", w.hex());
+
+    Reader r(w.bytes());
+    VornJavaByteArray back(7);
+    r.in.readByteArray(back);
+    EXPECT_EQ(std::string("\xAA\xBB"), std::string(back.getBytes(), back.getLength()));
+    r.in.readByteArray(back);
+    EXPECT_EQ(0u, back.getLength());
+    EXPECT_EQ(nullptr, back.getBytes());
+}
+
+TEST(WireByteArray, LengthBeyondTheDataRaisesAndAllocatesNothing) {
+    static size_t largest;
+    for (const char* wire : {"04 00 00 00 00 03 AA BB", "04 00 FF FF FF FF AA BB",
+                             "04 00 7F FF FF FF"}) {
+        Reader r(bytes(wire));
+        VornJavaByteArray array(2);
+        char* const block = array.getBytes();
+        largest = 0;
+        qarq::os::ScopedOsCall measuring(&qarq::os::Calls::malloc, +[](size_t size) -> void* {
+            if (size > largest) largest = size;
+            return qarq::os::realCalls().malloc(size);
+        });
+        EXPECT_THROW(r.in.readByteArray(array), VornExcBase) << wire;
+        EXPECT_LT(largest, size_t{1} << 20) << wire;
+        // The array was not even given its new length.
+        EXPECT_EQ(2u, array.getLength()) << wire;
+        EXPECT_EQ(block, array.getBytes()) << wire;
+    }
+}
+
+TEST(WireByteArray, ArrayWithoutMemorySkipsItsBytes) {
+    Reader r(bytes("04 00 00 00 00 03 01 02 03 00 08 00 00 00 07"));
+    VornJavaByteArray array;
+    RecordLog log;
+    {
+        qarq::os::ScopedOsCall noMemory(&qarq::os::Calls::malloc,
+                                        +[](size_t) -> void* { return nullptr; });
+        r.in.readByteArray(array);
+    }
+    EXPECT_EQ(0u, array.getLength());
+    EXPECT_EQ(nullptr, array.getBytes());
+    EXPECT_EQ(1u, log.errorsOf("VornJavaByteArray::setLength"));
+    EXPECT_EQ(7, r.in.readInt());
+}
+
+TEST(WireByteArray, CopyAppendAndFill) {
+    VornJavaByteArray a;
+    a.copyBytes(nullptr, 0);  // touches no source byte
+    EXPECT_EQ(nullptr, a.getBytes());
+    a.appendBytes("xy", 2);  // on an empty array, as copyBytes
+    a.appendBytes(nullptr, 5).appendBytes("zz", 0);
+    EXPECT_EQ("xy", std::string(a.getBytes(), a.getLength()));
+    a.appendBytes("z", 1);
+    EXPECT_EQ("xyz", std::string(a.getBytes(), a.getLength()));
+
+    VornJavaByteArray copy(a);
+    a.fill('q');
+    EXPECT_EQ("xyz", std::string(copy.getBytes(), copy.getLength()));
+    EXPECT_EQ("qqq", std::string(a.getBytes(), a.getLength()));
+    VornJavaByteArray& same = copy;
+    copy = same;
+    copy = a;
+    EXPECT_NE(a.getBytes(), copy.getBytes());
+    EXPECT_EQ("qqq", std::string(copy.getBytes(), copy.getLength()));
+
+    // A failed append keeps what was there.
+    {
+        qarq::os::ScopedOsCall noMemory(&qarq::os::Calls::malloc,
+                                        +[](size_t) -> void* { return nullptr; });
+        a.appendBytes("w", 1);
+    }
+    EXPECT_EQ("qqq", std::string(a.getBytes(), a.getLength()));
+}
+
+TEST(WireByteArray, CopyNoticesOnlyAtTheDeepestDataTrace) {
+    VornJavaByteArray a(1);
+    TraceControl* saved = qarq::vorn::traceControl();
+    TraceControl control{HESK_MASK_DATA, 4};
+    qarq::vorn::traceControl() = &control;
+    testing::internal::CaptureStdout();
+    VornJavaByteArray b(a);
+    b = a;
+    control.level = 3;
+    VornJavaByteArray c(a);
+    c = a;
+    const std::string out = testing::internal::GetCapturedStdout();
+    qarq::vorn::traceControl() = saved;
+    EXPECT_EQ(
+        "   *** Calling copy ctor for VornJavaByteArray \n"
+        "   *** Calling overloaded operator= for VornJavaByteArray \n",
+        out);
+}
+
+TEST(WireStream, KeyPointerMembersWarnAndFallBack) {
+    Writer w;
+    VornJavaWrite& out = w.out;
+    testing::internal::CaptureStdout();
+    out.writeString(VornJavaString("k"), nullptr);
+    Reader r(w.bytes());
+    VornJavaRead& in = r.in;
+    VornJavaString back;
+    in.readString(back, nullptr);
+    EXPECT_EQ(
+        "You should not be here:  VornJavaWrite :: writeString\n"
+        "You really should not be here:  VornJavaRead :: readString\n",
+        testing::internal::GetCapturedStdout());
+    EXPECT_EQ("00 80 00 00 00 01 00 01 6B", w.hex());
+    EXPECT_EQ(IString("k"), back);
+}
+
+// Each path that gets no work block logs what it has and goes on unconverted.
+// Only blocks of the work block's size are refused: the strings around still work.
+size_t gRefusedSize;
+void* refuseOneSize(size_t size) {
+    return size == gRefusedSize ? nullptr : qarq::os::realCalls().malloc(size);
+}
+
+TEST(WireStream, WithoutWorkBlocksTextGoesUnconvertedWithALog) {
+    RecordLog log;
+    Writer w;
+    gRefusedSize = 7;  // 2 * 3 + 1
+    {
+        qarq::os::ScopedOsCall noWorkBlock(&qarq::os::Calls::malloc, &refuseOneSize);
+        w.out.writeString("\x80z");
+    }
+    EXPECT_EQ("00 80 00 00 00 02 00 02 80 7A", w.hex());
+    qarq::test::Record record = log.lastError("VornJavaWrite::writeStringBytes");
+    ASSERT_EQ(2u, record.pairs.size());
+    EXPECT_EQ(7u, record.pairAsU32(0));
+    EXPECT_EQ("\x80z", record.pairs[1]);
+
+    Reader r(bytes("00 80 00 00 00 03 00 03 E2 82 AC"));
+    VornJavaString text;
+    gRefusedSize = 10;  // 3 * 3 + 1
+    {
+        qarq::os::ScopedOsCall noWorkBlock(&qarq::os::Calls::malloc, &refuseOneSize);
+        r.in.readString(text);
+    }
+    EXPECT_EQ(IString("\xE2\x82\xAC"), text);
+    record = log.lastError("VornJavaRead::readString");
+    ASSERT_EQ(2u, record.pairs.size());
+    EXPECT_EQ(10u, record.pairAsU32(0));
+    EXPECT_EQ("\xE2\x82\xAC", record.pairs[1]);
+}
+
+// readClass takes three blocks in turn: the raw bytes, the work block, the result.
+TEST(WireStream, ClassNameWithoutEachOfItsBlocks) {
+    static int calls, failing;
+    struct Case {
+        int failing;
+        const char* name;
+        size_t pairs;
+    } cases[] = {{1, "", 1}, {2, "\xE2\x82\xAC", 2}, {3, "", 2}};
+    for (const Case& c : cases) {
+        RecordLog log;
+        Reader r(bytes("00 01 00 00 00 03 00 03 E2 82 AC 00 08 00 00 00 01"));
+        calls = 0;
+        failing = c.failing;
+        VornJavaString name;
+        {
+            qarq::os::ScopedOsCall nth(&qarq::os::Calls::malloc, +[](size_t size) -> void* {
+                return ++calls == failing ? nullptr : qarq::os::realCalls().malloc(size);
+            });
+            name = r.in.readClass();
+        }
+        EXPECT_EQ(IString(c.name), name) << c.failing;
+        EXPECT_EQ(1, r.in.readInt()) << c.failing;
+        qarq::test::Record record = log.lastError("VornJavaRead::readStringBytes");
+        EXPECT_EQ(c.pairs, record.pairs.size()) << c.failing;
+    }
+}
+
+TEST(WireString, TextForms) {
+    VornJavaString x("x");
+    EXPECT_EQ(IString("VornJavaString"), x.asString());
+    const std::string debug = x.asDebugInfo().data();
+    EXPECT_EQ(0u, debug.find("VornJavaString[this=0x")) << debug;
+    EXPECT_EQ(", length=1]", debug.substr(debug.size() - 11)) << debug;
+    EXPECT_EQ(0u, VornJavaString(static_cast<const char*>(nullptr)).length());
+
+    VornJavaByteArray a(2);
+    const std::string array = a.asDebugInfo().data();
+    EXPECT_EQ(0u, array.find("VornJavaByteArray[this=0x")) << array;
+    EXPECT_NE(std::string::npos, array.find(", bytes_=0x")) << array;
+    EXPECT_EQ(", length_=2]", array.substr(array.size() - 12)) << array;
+}
+
+}  // namespace
