@@ -9,14 +9,12 @@
 #include "qarq/vorn/VornJavaByteArray.hpp"
 #include "qarq/vorn/VornJavaString.hpp"
 #include "vorn/VornTrace.hpp"
-#include "wire/WireTestSupport.hpp"
+#include "support/StreamBytes.hpp"
+#include "support/TestSupport.hpp"
 
 namespace {
 
-using qarq::test::bytes;
-using qarq::test::Reader;
-using qarq::test::RecordLog;
-using qarq::test::Writer;
+using namespace qarq::support;
 
 // The oldest text of a thrown exception of the family: its message.
 std::string message(const IException& e) { return e.text(e.textCount() - 1); }
@@ -128,7 +126,7 @@ TEST(WireString, LongestTextAPeerCanTakeAndOneByteMore) {
     // Refused before anything of it is written, also when only the UTF-8
     // form is too long (10923 euro signs are 32769 bytes).
     for (const std::string& text : {std::string(32768, 'x'), std::string(10923, '\x80')}) {
-        RecordLog log;
+        Records log;
         Writer refused;
         refused.out.writeInt(1);
         EXPECT_THROW(refused.out.writeString(text.c_str()), VornExcBase);
@@ -202,7 +200,7 @@ TEST(WireByteArray, LengthBeyondTheDataRaisesAndAllocatesNothing) {
 TEST(WireByteArray, ArrayWithoutMemorySkipsItsBytes) {
     Reader r(bytes("04 00 00 00 00 03 01 02 03 00 08 00 00 00 07"));
     VornJavaByteArray array;
-    RecordLog log;
+    Records log;
     {
         qarq::os::ScopedOsCall noMemory(&qarq::os::Calls::malloc,
                                         +[](size_t) -> void* { return nullptr; });
@@ -287,7 +285,7 @@ void* refuseOneSize(size_t size) {
 }
 
 TEST(WireStream, WithoutWorkBlocksTextGoesUnconvertedWithALog) {
-    RecordLog log;
+    Records log;
     Writer w;
     gRefusedSize = 7;  // 2 * 3 + 1
     {
@@ -295,7 +293,7 @@ TEST(WireStream, WithoutWorkBlocksTextGoesUnconvertedWithALog) {
         w.out.writeString("\x80z");
     }
     EXPECT_EQ("00 80 00 00 00 02 00 02 80 7A", w.hex());
-    qarq::test::Record record = log.lastError("VornJavaWrite::writeStringBytes");
+    Record record = log.lastError("VornJavaWrite::writeStringBytes");
     ASSERT_EQ(2u, record.pairs.size());
     EXPECT_EQ(7u, record.pairAsU32(0));
     EXPECT_EQ("\x80z", record.pairs[1]);
@@ -323,7 +321,7 @@ TEST(WireStream, ClassNameWithoutEachOfItsBlocks) {
         size_t pairs;
     } cases[] = {{1, "", 1}, {2, "\xE2\x82\xAC", 2}, {3, "", 2}};
     for (const Case& c : cases) {
-        RecordLog log;
+        Records log;
         Reader r(bytes("00 01 00 00 00 03 00 03 E2 82 AC 00 08 00 00 00 01"));
         calls = 0;
         failing = c.failing;
@@ -336,24 +334,9 @@ TEST(WireStream, ClassNameWithoutEachOfItsBlocks) {
         }
         EXPECT_EQ(IString(c.name), name) << c.failing;
         EXPECT_EQ(1, r.in.readInt()) << c.failing;
-        qarq::test::Record record = log.lastError("VornJavaRead::readStringBytes");
+        Record record = log.lastError("VornJavaRead::readStringBytes");
         EXPECT_EQ(c.pairs, record.pairs.size()) << c.failing;
     }
-}
-
-TEST(WireString, TextForms) {
-    VornJavaString x("x");
-    EXPECT_EQ(IString("VornJavaString"), x.asString());
-    const std::string debug = x.asDebugInfo().data();
-    EXPECT_EQ(0u, debug.find("VornJavaString[this=0x")) << debug;
-    EXPECT_EQ(", length=1]", debug.substr(debug.size() - 11)) << debug;
-    EXPECT_EQ(0u, VornJavaString(static_cast<const char*>(nullptr)).length());
-
-    VornJavaByteArray a(2);
-    const std::string array = a.asDebugInfo().data();
-    EXPECT_EQ(0u, array.find("VornJavaByteArray[this=0x")) << array;
-    EXPECT_NE(std::string::npos, array.find(", bytes_=0x")) << array;
-    EXPECT_EQ(", length_=2]", array.substr(array.size() - 12)) << array;
 }
 
 }  // namespace
