@@ -83,11 +83,8 @@ TEST(VornMutex, FailuresComeBackAsTheSystemsCodes) {
     VornMutexHandle untouched = &mutex;
     EXPECT_EQ(static_cast<uint32_t>(EINVAL), VornMutexCreate("", &untouched, 0, 0));
     EXPECT_EQ(static_cast<void*>(&mutex), untouched);
-}
 
-TEST(VornMutex, ReleaseByANonHolderIsRefused) {
-    Handle mutex;
-    ASSERT_EQ(0u, VornMutexCreate(nullptr, &mutex.handle, 0, 0));
+    // Release by a non-holder is refused.
     EXPECT_EQ(static_cast<uint32_t>(EPERM), VornMutexRelease(mutex.handle));
     ASSERT_EQ(0u, VornMutexRequest(mutex.handle, 0));
     uint32_t released = 0;
@@ -113,13 +110,11 @@ protected:
     TraceControl* savedTrace_ = nullptr;
 };
 
-TEST_F(VornDllAttach, LoadMadeTheLibraryMutex) {
+TEST_F(VornDllAttach, LoadMadeTheLibraryMutexAndTheEntryPointActsByReason) {
     ASSERT_NE(nullptr, libraryMutex);
     EXPECT_EQ(0u, VornMutexRequest(libraryMutex, 0));
     EXPECT_EQ(0u, VornMutexRelease(libraryMutex));
-}
 
-TEST_F(VornDllAttach, EntryPointByReason) {
     qarq::support::Records log;
     EXPECT_EQ(1, VornDllMain(nullptr, 1, nullptr));
     EXPECT_NE(savedMutex_, libraryMutex);

