@@ -19,6 +19,32 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     return 0;
 }
 
+namespace {
+
+// The reads a plan byte can name; the byte itself shapes the last two.
+using Read = void (*)(VornJavaRead&, uint8_t);
+const Read kReads[12] = {
+    [](VornJavaRead& r, uint8_t) { (void)r.readByte(); },
+    [](VornJavaRead& r, uint8_t) { (void)r.readChar(); },
+    [](VornJavaRead& r, uint8_t) { (void)r.readShort(); },
+    [](VornJavaRead& r, uint8_t) { (void)r.readInt(); },
+    [](VornJavaRead& r, uint8_t) { (void)r.readLong(); },
+    [](VornJavaRead& r, uint8_t) { (void)r.readBoolean(); },
+    [](VornJavaRead& r, uint8_t) { (void)r.readType(); },
+    [](VornJavaRead& r, uint8_t) { (void)r.readLength(); },
+    [](VornJavaRead& r, uint8_t) { (void)r.readShortLength(); },
+    [](VornJavaRead& r, uint8_t) { (void)r.getByte(); },
+    [](VornJavaRead& r, uint8_t p) {
+        char out[8];
+        r.getBytes(out, p % 9);
+    },
+    [](VornJavaRead& r, uint8_t p) {
+        r.assertTypeRead(r.readType(), VORNJAVA_INT, p & 0x40 ? VORNJAVA_LONG : 0);
+    },
+};
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0)
         return 0;
@@ -41,46 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         // traced paths see hostile bytes.
         control = (plan[i] & 0x80) != 0 ? &traceAll : saved;
         try {
-            switch (plan[i] % 12) {
-                case 0:
-                    (void)reader.readByte();
-                    break;
-                case 1:
-                    (void)reader.readChar();
-                    break;
-                case 2:
-                    (void)reader.readShort();
-                    break;
-                case 3:
-                    (void)reader.readInt();
-                    break;
-                case 4:
-                    (void)reader.readLong();
-                    break;
-                case 5:
-                    (void)reader.readBoolean();
-                    break;
-                case 6:
-                    (void)reader.readType();
-                    break;
-                case 7:
-                    (void)reader.readLength();
-                    break;
-                case 8:
-                    (void)reader.readShortLength();
-                    break;
-                case 9:
-                    (void)reader.getByte();
-                    break;
-                case 10: {
-                    char out[8];
-                    reader.getBytes(out, plan[i] % 9);
-                    break;
-                }
-                default:
-                    reader.assertTypeRead(reader.readType(), VORNJAVA_INT,
-                                          plan[i] & 0x40 ? VORNJAVA_LONG : 0);
-            }
+            kReads[plan[i] % 12](reader, plan[i]);
         } catch (VornExcBase&) {
             // the family's refusal: the next read goes on from where it stopped
         }

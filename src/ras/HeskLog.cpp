@@ -89,15 +89,10 @@ void HeskLogErrorV(const char* function, int code1, int code2, int line, int lev
 
 void HESKLOGERROR(const char* function, int code1, int code2, int line, int level,
                   int pairCount, ...) {
-    if (pairCount < 0) pairCount = 0;
-    if (pairCount > kMaxItems) pairCount = kMaxItems;
-    HeskPair pairs[kMaxItems];
+    HeskPair pairs[qarq::ras::detail::kMaxPairs];
     va_list args;
     va_start(args, pairCount);
-    for (int i = 0; i < pairCount; ++i) {
-        pairs[i].data = va_arg(args, const void*);
-        pairs[i].length = va_arg(args, unsigned int);
-    }
+    pairCount = qarq::ras::detail::takePairs(args, pairCount, pairs);
     va_end(args);
     HeskLogErrorV(function, code1, code2, line, level, pairCount, pairs);
 }

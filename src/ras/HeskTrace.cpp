@@ -13,7 +13,7 @@
 namespace {
 
 constexpr int kMaxComponents = 32;
-constexpr int kMaxPairs = 64;
+using qarq::ras::detail::kMaxPairs;
 
 struct Component {
     char name[32];
@@ -107,15 +107,10 @@ void HeskTraceV(const char* function, int line, int kind, int level, int pairCou
 }
 
 void HESKTRACE(const char* function, int line, int kind, int level, int pairCount, ...) {
-    if (pairCount < 0) pairCount = 0;
-    if (pairCount > kMaxPairs) pairCount = kMaxPairs;
     HeskPair pairs[kMaxPairs];
     va_list args;
     va_start(args, pairCount);
-    for (int i = 0; i < pairCount; ++i) {
-        pairs[i].data = va_arg(args, const void*);
-        pairs[i].length = va_arg(args, unsigned int);
-    }
+    pairCount = qarq::ras::detail::takePairs(args, pairCount, pairs);
     va_end(args);
     HeskTraceV(function, line, kind, level, pairCount, pairs);
 }

@@ -374,4 +374,14 @@ int removeSink(HeskSinkFn fn, void* context) {
     return rc;
 }
 
+int takePairs(va_list args, int count, HeskPair* pairs) {
+    if (count < 0) count = 0;
+    if (count > kMaxPairs) count = kMaxPairs;
+    for (int i = 0; i < count; ++i) {
+        pairs[i].data = va_arg(args, const void*);
+        pairs[i].length = va_arg(args, unsigned int);
+    }
+    return count;
+}
+
 }  // namespace qarq::ras::detail

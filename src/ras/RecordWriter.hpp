@@ -2,6 +2,8 @@
 // log line, hands it to the registered sinks and writes it with one write(2).
 #pragma once
 
+#include <cstdarg>
+
 #include "qarq/ras/HeskLog.hpp"
 
 namespace qarq::ras::detail {
@@ -18,6 +20,14 @@ void flush();
 
 /// Drops the open log so that the next record opens it afresh.
 void reopen();
+
+/// Most pairs a trace or error record carries; callers' extra pairs are dropped.
+constexpr int kMaxPairs = 64;
+
+/// Takes `count` (data, length) pairs of a variadic call from `args` into
+/// `pairs` (room for kMaxPairs), the count first clamped to 0..kMaxPairs.
+/// Returns the clamped count.
+int takePairs(va_list args, int count, HeskPair* pairs);
 
 /// Sink table behind HeskSinkAdd / HeskSinkRemove.
 int addSink(HeskSinkFn fn, void* context);

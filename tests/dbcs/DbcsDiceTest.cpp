@@ -10,103 +10,82 @@ namespace {
 
 using qarq::test::DoubleByte;
 
-struct Diced {
+struct MsgCase {
+    const char* text;
+    int width;
+    unsigned capacity;
+    const char* newlines;
     int result;
-    std::string text;
+    const char* diced;
 };
 
-Diced diceMsg(const char* text, int width, unsigned capacity = 128, const char* delimiters = " ",
-              const char* newlines = "\n") {
+struct StrCase {
+    const char* text;
+    unsigned short width;
+    unsigned short capacity;
+    int result;
+    const char* diced;
+    unsigned short count;
+};
+
+void check(const MsgCase& c) {
     char buffer[128] = {};
-    std::strcpy(buffer, text);
-    const int result = VornDbcs_dice_msg_text(buffer, width, capacity, delimiters, newlines);
-    return {result, buffer};
+    std::strcpy(buffer, c.text);
+    EXPECT_EQ(VornDbcs_dice_msg_text(buffer, c.width, c.capacity, " ", c.newlines), c.result)
+        << c.text << " / " << c.width;
+    EXPECT_EQ(std::string(buffer), c.diced) << c.text << " / " << c.width;
 }
 
-Diced diceStr(const char* text, unsigned short width, unsigned short* count,
-              unsigned short capacity = 128, const char* delimiters = " ") {
+void check(const StrCase& c) {
     char buffer[128] = {};
-    std::strcpy(buffer, text);
-    const int result = VornDbcs_dice_str_text(buffer, width, capacity, delimiters, count);
-    return {result, buffer};
-}
-
-TEST(DbcsDiceMsg, BreaksAtDelimitersOrWhereTheLineIsFull) {
-    Diced d = diceMsg("hello world foo", 8);
-    EXPECT_EQ(d.result, 1);
-    EXPECT_EQ(d.text, "hello\r world\r foo");
-
-    d = diceMsg("abcdefghij", 4);
-    EXPECT_EQ(d.result, 1);
-    EXPECT_EQ(d.text, "abcd\refgh\rij");
-
-    // The delimiter left at the head of a line is no break point: the long
-    // word is cut where the line is full, and the work goes on.
-    d = diceMsg("aaaa bbbbbbbbbb", 4);
-    EXPECT_EQ(d.result, 1);
-    EXPECT_EQ(d.text, "aaaa\r bbb\rbbbb\rbbb");
-}
-
-TEST(DbcsDiceMsg, NewlinesRestartTheColumn) {
-    EXPECT_EQ(diceMsg("ab\ncdefg", 4).text, "ab\ncdef\rg");
-    // Without the newline set the same text breaks earlier.
-    EXPECT_EQ(diceMsg("ab\ncdefg", 4, 128, " ", "").text, "ab\nc\rdefg");
-}
-
-TEST(DbcsDiceMsg, StopsWhenTheBufferIsFull) {
-    // strlen + 1 reaches the capacity at the top of a round: done, unchanged.
-    Diced d = diceMsg("abcdefghij", 4, 11);
-    EXPECT_EQ(d.result, 1);
-    EXPECT_EQ(d.text, "abcdefghij");
-    d = diceMsg("abcdefghij", 4, 12);
-    EXPECT_EQ(d.result, 1);
-    EXPECT_EQ(d.text, "abcd\refghij");
-    EXPECT_EQ(diceMsg("abc", 0).result, 0);
-}
-
-TEST_F(DoubleByte, DiceMsgCountsCharactersNotBytes) {
-    Diced d = diceMsg("\x81\x40\x81\x40\x81\x40", 2);
-    EXPECT_EQ(d.result, 1);
-    EXPECT_EQ(d.text, "\x81\x40\x81\x40\r\x81\x40");
-    d = diceMsg("ab\x81", 10);
-    EXPECT_EQ(d.result, 0);
-    EXPECT_EQ(d.text, "ab\x81");
-}
-
-TEST(DbcsDiceStr, BreaksLinesOfWidthBytes) {
+    std::strcpy(buffer, c.text);
     unsigned short count = 99;
-    Diced d = diceStr("ab cd ef gh", 5, &count);
-    EXPECT_EQ(d.result, 1);
-    EXPECT_EQ(d.text, "ab\r cd\r ef\r gh");
-    EXPECT_EQ(count, 3);
-
-    d = diceStr("abcdefghij", 4, &count);
-    EXPECT_EQ(d.result, 1);
-    EXPECT_EQ(d.text, "abcd\refgh\rij");
-    EXPECT_EQ(count, 2);
-
-    d = diceStr("abcdefghij", 4, &count, 11);
-    EXPECT_EQ(d.result, 0);
-    EXPECT_EQ(d.text, "abcdefghij");
-    EXPECT_EQ(count, 0);
-    EXPECT_EQ(diceStr("abc", 0, &count).result, 0);
+    EXPECT_EQ(VornDbcs_dice_str_text(buffer, c.width, c.capacity, " ", &count), c.result)
+        << c.text << " / " << c.width;
+    EXPECT_EQ(std::string(buffer), c.diced) << c.text << " / " << c.width;
+    if (c.result == 1 || c.width != 0) {
+        EXPECT_EQ(count, c.count) << c.text << " / " << c.width;
+    }
 }
 
-TEST_F(DoubleByte, DiceStrBreaksInFrontOfACharacterAcrossTheWidth) {
-    unsigned short count = 0;
-    Diced d = diceStr(
-        "abc\x81\x40"
-        "de",
-        4, &count);
-    EXPECT_EQ(d.result, 1);
-    EXPECT_EQ(d.text,
-              "abc\r\x81\x40"
-              "de");
-    EXPECT_EQ(count, 1);
-    // A width of one byte cannot hold the character at all.
-    d = diceStr("\x81\x40\x81\x40", 1, &count);
-    EXPECT_EQ(d.result, 0);
-    EXPECT_EQ(count, 0);
+TEST(DbcsDice, SingleByte) {
+    const MsgCase msg[] = {
+        {"hello world foo", 8, 128, "\n", 1, "hello\r world\r foo"},
+        {"abcdefghij", 4, 128, "\n", 1, "abcd\refgh\rij"},
+        // The delimiter left at the head of a line is no break point: the
+        // long word is cut where the line is full, and the work goes on.
+        {"aaaa bbbbbbbbbb", 4, 128, "\n", 1, "aaaa\r bbb\rbbbb\rbbb"},
+        // Newlines restart the column; without the newline set the same text
+        // breaks earlier.
+        {"ab\ncdefg", 4, 128, "\n", 1, "ab\ncdef\rg"},
+        {"ab\ncdefg", 4, 128, "", 1, "ab\nc\rdefg"},
+        // strlen + 1 reaching the capacity at the top of a round: done.
+        {"abcdefghij", 4, 11, "\n", 1, "abcdefghij"},
+        {"abcdefghij", 4, 12, "\n", 1, "abcd\refghij"},
+        {"abc", 0, 128, "\n", 0, "abc"},
+    };
+    for (const MsgCase& c : msg) check(c);
+    const StrCase str[] = {
+        {"ab cd ef gh", 5, 128, 1, "ab\r cd\r ef\r gh", 3},
+        {"abcdefghij", 4, 128, 1, "abcd\refgh\rij", 2},
+        {"abcdefghij", 4, 11, 0, "abcdefghij", 0},
+        {"abc", 0, 128, 0, "abc", 0},
+    };
+    for (const StrCase& c : str) check(c);
+}
+
+TEST_F(DoubleByte, DiceCountsCharactersAndNeverSplitsOne) {
+    const MsgCase msg[] = {
+        {"\x81\x40\x81\x40\x81\x40", 2, 128, "\n", 1, "\x81\x40\x81\x40\r\x81\x40"},
+        {"ab\x81", 10, 128, "\n", 0, "ab\x81"},
+    };
+    for (const MsgCase& c : msg) check(c);
+    const StrCase str[] = {
+        {"abc\x81\x40" "de", 4, 128, 1, "abc\r\x81\x40" "de", 1},
+        // A width of one byte cannot hold the character at all.
+        {"\x81\x40\x81\x40", 1, 128, 0, "\x81\x40\x81\x40", 0},
+    };
+    for (const StrCase& c : str) check(c);
 }
 
 }  // namespace

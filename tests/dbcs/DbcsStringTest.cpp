@@ -5,13 +5,13 @@
 #include <string>
 
 #include "dbcs/DbcsFixture.hpp"
-#include "nls/NlsSupport.hpp"
+#include "support/TestSupport.hpp"
 #include "qarq/vorn/VornDbcs.hpp"
 
 namespace {
 
 using qarq::test::DoubleByte;
-using qarq::test::ScopedEnv;
+using qarq::support::ScopedEnv;
 using qarq::vorn::dbcs::dbcsInitialised;
 
 TEST(DbcsByteType, SingleByteCodePageMakesEveryByteACharacter) {

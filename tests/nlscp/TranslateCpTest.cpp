@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "nls/NlsSupport.hpp"
 #include "qarq/base/Os.hpp"
 #include "qarq/ras/HeskLog.hpp"
 #include "qarq/vorn/VornDbcs.hpp"
@@ -15,14 +14,15 @@
 #include "qarq/vorn/vornnls3.hpp"
 #include "qarq/vorn/vornnls6.hpp"
 #include "support/CodesetTree.hpp"
+#include "support/TestSupport.hpp"
 #include "vorn/VornDbcsInternal.hpp"
 #include "vorn/VornNlsTranslateCpInternal.hpp"
 
 namespace {
 
 using namespace qarq::vorn::translate;
-using qarq::test::ErrorLog;
-using qarq::test::ScopedEnv;
+using ErrorLog = qarq::support::Records;
+using qarq::support::ScopedEnv;
 
 // The table files opened while the test runs, by file name.
 std::vector<std::string> gOpened;
@@ -41,11 +41,7 @@ void* mallocFailingOneSize(size_t size) {
 // The pairs of each error that `function` logged.
 std::vector<std::vector<std::string>> errorsOf(const ErrorLog& log, const std::string& function) {
     std::vector<std::vector<std::string>> found;
-    for (const auto& entry : log.entries()) {
-        if (entry.function == function) {
-            found.push_back(entry.pairs);
-        }
-    }
+    for (const auto& record : log.errors(function)) found.push_back(record.pairs);
     return found;
 }
 
@@ -135,7 +131,7 @@ TEST_F(TranslateCp, EveryOtherCodePageIsLoadedPerCallAndCounted) {
     EXPECT_EQ(std::string(target), "caf\x82");
     EXPECT_EQ(gNumbOfCpLoads, 100);
     EXPECT_EQ(gOpened.size(), 100u);  // loaded and freed again every time
-    EXPECT_TRUE(log.entries().empty());
+    EXPECT_TRUE(log.ofKind(HESK_RECORD_ERROR).empty());
 
     EXPECT_EQ(VornNlsTranslateCpString(0, 1252, "caf\xE9", 850, sizeof target, target), 1);
     EXPECT_EQ(errorsOf(log, "VornNlsTranslateCpString"),

@@ -1,6 +1,5 @@
-// Helpers of the diagnostics tests: environment and temporary directories
-// that restore themselves, private shared-memory names, record capture, and
-// helper processes.
+// Helpers of the diagnostics tests: an environment that reopens the log,
+// private shared-memory names, and helper processes.
 //
 // Helper processes exec this test program again (/proc/self/exe) with
 // "--qarz-child MODE ARGS...": a fresh process with no inherited threads or
@@ -16,68 +15,37 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <mutex>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "qarq/ras/qarzras.hpp"
+#include "support/TestSupport.hpp"
 
 namespace rastest {
 
-/// Sets (or, with nullptr, unsets) one variable and restores it afterwards.
-/// The log is reopened on both ends, since the log path comes from the
-/// environment.
+using qarq::support::readFile;
+using qarq::support::readLines;
+using qarq::support::TempDir;
+using qarq::support::writeFile;
+using Capture = qarq::support::Records;
+using Captured = qarq::support::Record;
+
+/// An environment variable set for the object's life, with the log reopened
+/// on both ends, since the log path comes from the environment.
 class ScopedEnv {
 public:
-    ScopedEnv(const char* name, const char* value) : name_(name) {
-        if (const char* old = std::getenv(name)) saved_ = old;
-        if (value != nullptr)
-            ::setenv(name, value, 1);
-        else
-            ::unsetenv(name);
-        HeskLogReopen();
-    }
+    ScopedEnv(const char* name, const char* value) : env_(std::in_place, name, value) { HeskLogReopen(); }
     ~ScopedEnv() {
-        if (saved_)
-            ::setenv(name_.c_str(), saved_->c_str(), 1);
-        else
-            ::unsetenv(name_.c_str());
+        env_.reset();
         HeskLogReopen();
     }
     ScopedEnv(const ScopedEnv&) = delete;
     ScopedEnv& operator=(const ScopedEnv&) = delete;
 
 private:
-    std::string name_;
-    std::optional<std::string> saved_;
-};
-
-/// A temporary directory, removed with everything in it.
-class TempDir {
-public:
-    TempDir() {
-        const char* base = std::getenv("TMPDIR");
-        std::string pattern = std::string(base != nullptr && *base ? base : "/tmp") +
-                              "/qarq-ras-XXXXXX";
-        std::vector<char> buffer(pattern.begin(), pattern.end());
-        buffer.push_back('\0');
-        if (::mkdtemp(buffer.data()) != nullptr) path_ = buffer.data();
-    }
-    ~TempDir() {
-        std::error_code ignored;
-        if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
-    }
-    const std::string& path() const { return path_; }
-    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-
-private:
-    std::string path_;
+    std::optional<qarq::support::ScopedEnv> env_;
 };
 
 /// A private shared-memory namespace for one test: QARZ_SHM_PREFIX is set to
@@ -102,66 +70,6 @@ private:
     std::string prefix_;
     std::optional<ScopedEnv> env_;
 };
-
-/// A copy of one record as a sink saw it.
-struct Captured {
-    int kind, line, traceKind, level, code1, code2, messageNumber;
-    std::string function, module, text, logLine;
-    std::vector<std::string> pairs;  // raw bytes, the first 256 at most
-    std::vector<std::string> inserts;
-};
-
-/// Collects every record of this process while it lives.
-class Capture {
-public:
-    Capture() { HeskSinkAdd(&Capture::sink, this); }
-    ~Capture() { HeskSinkRemove(&Capture::sink, this); }
-    std::vector<Captured> records() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return records_;
-    }
-    std::vector<Captured> ofKind(int kind) {
-        std::vector<Captured> out;
-        for (auto& r : records())
-            if (r.kind == kind) out.push_back(r);
-        return out;
-    }
-
-private:
-    static void sink(const HeskRecord* r, void* context) {
-        Captured c{r->kind, r->line, r->traceKind, r->level, r->code1, r->code2,
-                   r->messageNumber, r->function, r->module, r->text, r->logLine, {}, {}};
-        for (int i = 0; i < r->pairCount; ++i) {
-            const HeskPair& p = r->pairs[i];
-            size_t n = p.data == nullptr ? 0 : std::min<size_t>(p.length, 256);
-            c.pairs.emplace_back(static_cast<const char*>(p.data), n);
-        }
-        for (int i = 0; i < r->insertCount; ++i) c.inserts.emplace_back(r->inserts[i]);
-        auto* self = static_cast<Capture*>(context);
-        std::lock_guard<std::mutex> lock(self->mutex_);
-        self->records_.push_back(std::move(c));
-    }
-    std::mutex mutex_;
-    std::vector<Captured> records_;
-};
-
-inline std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream out;
-    out << in.rdbuf();
-    return out.str();
-}
-
-inline std::vector<std::string> readLines(const std::string& path) {
-    std::vector<std::string> lines;
-    std::istringstream in(readFile(path));
-    for (std::string line; std::getline(in, line);) lines.push_back(line);
-    return lines;
-}
-
-inline void writeFile(const std::string& path, const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
-}
 
 /// A helper process running this program in child mode `args[0]`.
 class Child {

@@ -52,7 +52,7 @@ TEST_F(Records, EveryServiceReachesSinkAndLogWithAllFields) {
     HESKISSUEERROR("vornprop.cpp", 13, 4001, "qarz.dll", 4, 2, "auditLog", "17");
     HeskLogMsgNumber("VORNPROP_DisplayConfigProp", 14, 2271, "qarz.dll", "maxThreads", "20");
 
-    auto records = capture.records();
+    auto records = capture.all();
     ASSERT_EQ(records.size(), 4u);
     auto lines = rastest::readLines(log_);
     ASSERT_EQ(lines.size(), 4u);
@@ -124,7 +124,7 @@ TEST_F(Records, HostileArgumentsAreRenderedSafelyAndCapped) {
     std::vector<HeskPair> many(1000, qarq::ras::pair("m"));
     HeskTraceV("many", 7, HESK_TRACE_LOOP, 3, 1000, many.data());
 
-    auto records = capture.records();
+    auto records = capture.all();
     ASSERT_EQ(records.size(), 7u);
     for (const auto& r : records) {
         EXPECT_LE(r.logLine.size(), 4095u);

@@ -23,9 +23,13 @@
 #include <string>
 #include <vector>
 
+#include "support/TestSupport.hpp"
+
 namespace qarq::test {
 
 class CodesetTree {
+    using ScopedEnv = qarq::support::ScopedEnv;
+
   public:
     // `only`: table and file names to copy; empty copies everything.
     // `bindirLength`: when larger than the temporary directory's own length,
@@ -57,16 +61,11 @@ class CodesetTree {
             for (const auto& name : only)
                 fs::copy_file(shareDir() + "/" + name, path(name));
         }
-        if (const char* old = std::getenv("BINDIR"))
-            saved_ = std::string(old);
-        setenv("BINDIR", bindir_.c_str(), 1);
+        bindirEnv_.emplace("BINDIR", bindir_.c_str());
     }
 
     ~CodesetTree() {
-        if (saved_)
-            setenv("BINDIR", saved_->c_str(), 1);
-        else
-            unsetenv("BINDIR");
+        bindirEnv_.reset();
         std::error_code ec;
         std::filesystem::remove_all(root_, ec);
     }
@@ -105,7 +104,7 @@ class CodesetTree {
 
     std::string root_;
     std::string bindir_;
-    std::optional<std::string> saved_;
+    std::optional<ScopedEnv> bindirEnv_;
 };
 
 }  // namespace qarq::test

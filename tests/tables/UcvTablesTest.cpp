@@ -1,7 +1,7 @@
 // The compiled code-set tables, read with a reader of their own and checked
 // entry by entry against the C library's converters, so that a table is known
 // to be right before any engine reads it. Also the aliases and pointer files
-// beside them, and the test tree helper that other tests build on.
+// beside them.
 
 #include <gtest/gtest.h>
 #include <iconv.h>
@@ -375,31 +375,6 @@ TEST(CodesetFiles, PointerFilesNameATable) {
                 target += c;
         EXPECT_EQ("ucv", CodesetTree::readShared(target).substr(8, 3)) << name << " -> " << target;
     }
-}
-
-TEST(CodesetTree, BuildsTheTreeAndRestoresBindir) {
-    setenv("BINDIR", "/before", 1);
-    std::string dir;
-    {
-        CodesetTree tree({"37", "aliases"});
-        dir = tree.bindir();
-        EXPECT_STREQ(dir.c_str(), std::getenv("BINDIR"));
-        EXPECT_EQ(CodesetTree::readShared("37"), tree.read("37"));
-        EXPECT_FALSE(std::filesystem::exists(tree.path("1252")));
-        tree.write("1252", "37\r\n");
-        EXPECT_EQ("37\r\n", tree.read("1252"));
-        tree.remove("37");
-        EXPECT_FALSE(std::filesystem::exists(tree.path("37")));
-    }
-    EXPECT_STREQ("/before", std::getenv("BINDIR"));
-    EXPECT_FALSE(std::filesystem::exists(dir));
-    unsetenv("BINDIR");
-    {
-        CodesetTree tree({}, 228);
-        EXPECT_EQ(228u, tree.bindir().size());
-        EXPECT_TRUE(std::filesystem::exists(tree.path("954")));
-    }
-    EXPECT_EQ(nullptr, std::getenv("BINDIR"));
 }
 
 }  // namespace

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <string>
 
-#include "RecordCapture.hpp"
 #include "qarq/base/IExceptionClasses.hpp"
 #include "qarq/vorn/VornExcBase.hpp"
+#include "support/TestSupport.hpp"
 
 namespace {
 
@@ -52,7 +52,7 @@ void whenThrown(int texts, Check check) {
 }
 
 TEST(VornExcBase, ConstructingAMemberThrowsAVornExcBaseAfterItsRecord) {
-    RecordCapture records;
+    qarq::support::Records records;
     bool sawSubclass = false;
     try {
         try {
@@ -108,7 +108,7 @@ TEST(VornExcBase, EveryThrowFormStacksItsTexts) {
 }
 
 TEST(VornExcBase, LogWithoutAndOnCatchWithAPlace) {
-    RecordCapture records;
+    qarq::support::Records records;
     Unthrown plain;
     EXPECT_EQ(plain.errorId(), 0u);
     EXPECT_STREQ(plain.name(), "VornExcBase");
@@ -130,13 +130,6 @@ TEST(VornExcBase, LogWithoutAndOnCatchWithAPlace) {
     EXPECT_EQ(errors[1].code2, 0);
     EXPECT_EQ(errors[1].pairs[0], "Id: 52, Rec?: 0, Exc: IInvalidRequest\n");
     EXPECT_EQ(errors[1].pairs[2], "");
-}
-
-TEST(VornExcBase, Constants) {
-    EXPECT_EQ(VornExcBase::defId, 0u);
-    EXPECT_EQ(VornExcBase::defSev, IException::recoverable);
-    EXPECT_STREQ(VornExcBase::funcTrunc, "..");
-    EXPECT_STREQ(VornExcBase::endItem, "] ");
 }
 
 }  // namespace

@@ -1,25 +1,24 @@
 // Round trips with the Java test peer (java/): what this library writes, a
 // JDK's DataInputStream reads, and the other way round. Skipped, saying why,
 // when the build found no JDK.
-#include <stdlib.h>
 #include <sys/wait.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "qarq/vorn/VornJavaByteArray.hpp"
 #include "wire/WireMessageClasses.hpp"
-#include "wire/WireTestSupport.hpp"
+#include "support/StreamBytes.hpp"
+#include "support/TestSupport.hpp"
 
 namespace {
 
-using qarq::test::Reader;
-using qarq::test::Writer;
+using qarq::support::readFile;
+using qarq::support::Reader;
+using qarq::support::Writer;
 
 // The values both sides agree on, here in the default code set (1252).
 const char kSHost[] = "console-7";
@@ -88,11 +87,6 @@ public:
     VornJavaString status;
 };
 
-std::string readFile(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 std::string shellQuoted(const std::string& text) {
     std::string out = "'";
     for (char c : text) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
@@ -106,19 +100,12 @@ protected:
         if (!std::getline(conf, java_) || !std::getline(conf, classes_))
             GTEST_SKIP() << "No JDK was found when the build was configured: "
                             "the Java peer is not built and the interop round trip is not run";
-        const char* tmp = ::getenv("TMPDIR");
-        std::string pattern = std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") +
-                              "/qarq-peer-XXXXXX";
-        ASSERT_NE(nullptr, ::mkdtemp(pattern.data()));
-        dir_ = pattern;
-    }
-    void TearDown() override {
-        if (!dir_.empty()) std::filesystem::remove_all(dir_);
+        ASSERT_FALSE(dir_.path().empty());
     }
 
     // Runs the peer; its complaints are the failure message.
     void peer(const std::string& arguments) {
-        const std::string errors = (dir_ / "peer.err").string();
+        const std::string errors = dir_ / "peer.err";
         const std::string command = shellQuoted(java_) + " -cp " + shellQuoted(classes_) +
                                     " qarq.peer.WirePeer " + arguments + " >/dev/null 2>" +
                                     shellQuoted(errors);
@@ -128,7 +115,7 @@ protected:
             << readFile(errors);
     }
 
-    std::string file(const char* name) const { return (dir_ / name).string(); }
+    std::string file(const char* name) const { return dir_ / name; }
 
     static void fill(EchoRequest& request) {
         request.setHosts(kSHost, kTHost);
@@ -143,7 +130,7 @@ protected:
     }
 
     std::string java_, classes_;
-    std::filesystem::path dir_;
+    qarq::support::TempDir dir_{"qarq-peer"};
 };
 
 TEST_F(JavaPeer, SelfTestOfTheWireExamples) { peer("selftest"); }
@@ -153,10 +140,7 @@ TEST_F(JavaPeer, RequestThereResponseWithExceptionBack) {
     fill(request);
     Writer w;
     request.writeObject(w.out, request);
-    {
-        std::ofstream out(file("request.bin"), std::ios::binary);
-        out << w.bytes();
-    }
+    qarq::support::writeFile(file("request.bin"), w.bytes());
     // The peer checks every field, and the bytes against its own writing.
     peer("respond " + shellQuoted(file("request.bin")) + " " + shellQuoted(file("response.bin")));
 
@@ -193,7 +177,7 @@ TEST_F(JavaPeer, PeersRequestReadsAsOursIsWritten) {
     fill(mine);
     Writer w;
     mine.writeObject(w.out, mine);
-    EXPECT_EQ(w.hex(), qarq::test::hex(theirs));
+    EXPECT_EQ(w.hex(), qarq::support::hex(theirs));
 
     Reader r(theirs);
     EchoRequest request;

@@ -13,7 +13,7 @@
 #include "qarq/vorn/VornMutex.hpp"
 #include "vorn/VornDll.hpp"
 #include "vorn/VornTrace.hpp"
-#include "wire/WireTestSupport.hpp"
+#include "support/TestSupport.hpp"
 
 namespace {
 
@@ -83,11 +83,8 @@ TEST(VornMutex, FailuresComeBackAsTheSystemsCodes) {
     VornMutexHandle untouched = &mutex;
     EXPECT_EQ(static_cast<uint32_t>(EINVAL), VornMutexCreate("", &untouched, 0, 0));
     EXPECT_EQ(static_cast<void*>(&mutex), untouched);
-}
 
-TEST(VornMutex, ReleaseByANonHolderIsRefused) {
-    Handle mutex;
-    ASSERT_EQ(0u, VornMutexCreate(nullptr, &mutex.handle, 0, 0));
+    // Release by a non-holder is refused.
     EXPECT_EQ(static_cast<uint32_t>(EPERM), VornMutexRelease(mutex.handle));
     ASSERT_EQ(0u, VornMutexRequest(mutex.handle, 0));
     uint32_t released = 0;
@@ -113,14 +110,12 @@ protected:
     TraceControl* savedTrace_ = nullptr;
 };
 
-TEST_F(VornDllAttach, LoadMadeTheLibraryMutex) {
+TEST_F(VornDllAttach, LoadMadeTheLibraryMutexAndTheEntryPointActsByReason) {
     ASSERT_NE(nullptr, libraryMutex);
     EXPECT_EQ(0u, VornMutexRequest(libraryMutex, 0));
     EXPECT_EQ(0u, VornMutexRelease(libraryMutex));
-}
 
-TEST_F(VornDllAttach, EntryPointByReason) {
-    qarq::test::RecordLog log;
+    qarq::support::Records log;
     EXPECT_EQ(1, VornDllMain(nullptr, 1, nullptr));
     EXPECT_NE(savedMutex_, libraryMutex);
     EXPECT_NE(nullptr, libraryMutex);
@@ -133,8 +128,8 @@ TEST_F(VornDllAttach, EntryPointByReason) {
 }
 
 TEST_F(VornDllAttach, TraceControlComesFromTheEnvironmentAtAttach) {
-    qarq::test::ScopedEnv mask("QARZ_TRACE_MASK_QARQ", "600");
-    qarq::test::ScopedEnv level("QARZ_TRACE_LEVEL_QARQ", "3");
+    qarq::support::ScopedEnv mask("QARZ_TRACE_MASK_QARQ", "600");
+    qarq::support::ScopedEnv level("QARZ_TRACE_LEVEL_QARQ", "3");
     qarq::vorn::traceControl() = nullptr;
     ASSERT_EQ(1, VornDllI_commonInitalizer());
     ASSERT_NE(nullptr, qarq::vorn::traceControl());
@@ -143,7 +138,7 @@ TEST_F(VornDllAttach, TraceControlComesFromTheEnvironmentAtAttach) {
 }
 
 TEST_F(VornDllAttach, MutexThatCannotBeMadeFailsTheAttachWithALog) {
-    qarq::test::RecordLog log;
+    qarq::support::Records log;
     VornMutexHandle before = libraryMutex;
     {
         qarq::os::ScopedOsCall noMemory(&qarq::os::Calls::malloc,
@@ -152,7 +147,7 @@ TEST_F(VornDllAttach, MutexThatCannotBeMadeFailsTheAttachWithALog) {
     }
     EXPECT_EQ(before, libraryMutex);
     ASSERT_EQ(1u, log.errorsOf("VornDllI_commonInitalizer"));
-    const qarq::test::Record& record = log.lastError("VornDllI_commonInitalizer");
+    const qarq::support::Record& record = log.lastError("VornDllI_commonInitalizer");
     ASSERT_EQ(1u, record.pairs.size());
     EXPECT_EQ(static_cast<uint32_t>(ENOMEM), record.pairAsU32(0));
 }

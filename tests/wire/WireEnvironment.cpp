@@ -7,16 +7,16 @@
 
 #include "qarq/vorn/vornnls1.hpp"
 #include "support/CodesetTree.hpp"
-#include "wire/WireTestSupport.hpp"
+#include "support/TestSupport.hpp"
 
 namespace {
 
 class WireEnvironment : public ::testing::Environment {
 public:
     void SetUp() override {
-        lcAll_ = std::make_unique<qarq::test::ScopedEnv>("LC_ALL", nullptr);
-        lcCtype_ = std::make_unique<qarq::test::ScopedEnv>("LC_CTYPE", nullptr);
-        lang_ = std::make_unique<qarq::test::ScopedEnv>("LANG", "C");
+        lcAll_ = std::make_unique<qarq::support::ScopedEnv>("LC_ALL", nullptr);
+        lcCtype_ = std::make_unique<qarq::support::ScopedEnv>("LC_CTYPE", nullptr);
+        lang_ = std::make_unique<qarq::support::ScopedEnv>("LANG", "C");
         tree_ = std::make_unique<qarq::test::CodesetTree>();
         vornnls1_tis_init();
     }
@@ -28,7 +28,7 @@ public:
     }
 
 private:
-    std::unique_ptr<qarq::test::ScopedEnv> lcAll_, lcCtype_, lang_;
+    std::unique_ptr<qarq::support::ScopedEnv> lcAll_, lcCtype_, lang_;
     std::unique_ptr<qarq::test::CodesetTree> tree_;
 };
 

@@ -6,16 +6,13 @@
 #include "qarq/vorn/VornCloneableObject.hpp"
 #include "qarq/vorn/VornExcBase.hpp"
 #include "wire/WireMessageClasses.hpp"
-#include "wire/WireTestSupport.hpp"
+#include "support/StreamBytes.hpp"
+#include "support/TestSupport.hpp"
 
 namespace {
 
-using qarq::test::Bare;
-using qarq::test::bytes;
-using qarq::test::Probe;
-using qarq::test::Reader;
-using qarq::test::RecordLog;
-using qarq::test::Writer;
+using namespace qarq::support;
+using namespace qarq::test;
 
 TEST(WireObject, ClassNameThenBodyAndTheNullObject) {
     Probe caller, probe(7);
@@ -53,7 +50,7 @@ TEST(WireObject, AnyNameOrClassHandleReadsTheBody) {
 }
 
 TEST(WireObject, ObjectOnTheStreamWithNothingToReadIntoRaises) {
-    RecordLog log;
+    Records log;
     Reader r(bytes("00 01 00 00 00 01 00 01 61 00 08 00 00 00 01"));
     Probe caller;
     try {

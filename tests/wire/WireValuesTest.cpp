@@ -9,14 +9,12 @@
 #include "qarq/vorn/VornJavaByteArray.hpp"
 #include "qarq/vorn/VornJavaString.hpp"
 #include "vorn/VornTrace.hpp"
-#include "wire/WireTestSupport.hpp"
+#include "support/StreamBytes.hpp"
+#include "support/TestSupport.hpp"
 
 namespace {
 
-using qarq::test::bytes;
-using qarq::test::Reader;
-using qarq::test::RecordLog;
-using qarq::test::Writer;
+using namespace qarq::support;
 
 // The oldest text of a thrown exception of the family: its message.
 std::string message(const IException& e) { return e.text(e.textCount() - 1); }
@@ -51,53 +49,45 @@ TEST(WireString, TextStopsAtItsFirstNul) {
     w.out.writeString(IString("ab\0cd", 5));
     w.out.writeString(VornJavaString(IString("\0x", 2)));
     EXPECT_EQ("00 80 00 00 00 02 00 02 61 62 00 80 00 00 00 00", w.hex());
-
-    // A peer's NUL ends the text read as well.
-    Reader r(bytes("00 80 00 00 00 03 00 03 61 00 62 00 08 00 00 00 09"));
-    IString text;
-    r.in.readString(text);
-    EXPECT_EQ(IString("a"), text);
-    EXPECT_EQ(9, r.in.readInt());
 }
 
-TEST(WireString, ReaderAndClassReaderCountByDifferentLengths) {
-    // readString goes by the short length, readClass by the first.
-    Reader s(bytes("00 80 00 00 00 07 00 02 61 62 00 08 00 00 00 01"));
-    VornJavaString text;
-    s.in.readString(text);
-    EXPECT_EQ(IString("ab"), text);
-    EXPECT_EQ(1, s.in.readInt());
-
-    Reader c(bytes("00 01 00 00 00 03 00 01 61 62 63 00 08 00 00 00 02"));
-    EXPECT_EQ(IString("abc"), c.in.readClass());
-    EXPECT_EQ(2, c.in.readInt());
-
-    Reader cu(bytes("00 01 00 00 00 03 00 03 E2 82 AC"));
-    EXPECT_EQ(IString("\x80"), cu.in.readClass());
-}
-
-TEST(WireString, PeerLengthsThatAnnounceNoTextReadAsEmpty) {
+// Peer bytes read as a text or a class name, with an int 42 behind them: the
+// text, how many bytes it took, and that the int still reads.
+TEST(WireString, PeerBytesReadAsText) {
     struct Case {
         const char* wire;
+        bool asClass;
+        const char* text;
         unsigned consumed;
     } cases[] = {
-        {"00 80 FF FF FF FF", 6},              // first length -1: nothing more is read
-        {"00 80 80 00 00 00", 6},              // the most negative first length
-        {"00 80 00 00 00 05 FF FE", 8},        // a negative short length
-        {"00 80 00 00 00 05 00 00", 8},        // a short length of 0 behind a first above 0
-        {"00 80 00 00 00 01 80 00", 8},        // -32768
+        {"00 80 00 00 00 03 00 03 61 00 62", false, "a", 11},  // a peer's NUL ends the text
+        // readString goes by the short length, readClass by the first.
+        {"00 80 00 00 00 07 00 02 61 62", false, "ab", 10},
+        {"00 01 00 00 00 03 00 01 61 62 63", true, "abc", 11},
+        {"00 01 00 00 00 03 00 03 E2 82 AC", true, "\x80", 11},
+        // Lengths that announce no text read as empty.
+        {"00 80 FF FF FF FF", false, "", 6},        // first length -1: nothing more is read
+        {"00 80 80 00 00 00", false, "", 6},        // the most negative first length
+        {"00 80 00 00 00 05 FF FE", false, "", 8},  // a negative short length
+        {"00 80 00 00 00 05 00 00", false, "", 8},  // a short length of 0 behind a first above 0
+        {"00 80 00 00 00 01 80 00", false, "", 8},  // -32768
+        {"00 01 FF FF FF FF", true, "", 6},
+        // A class handle gives its number as the name.
+        {"20 00 00 05", true, "5", 4},
+        {"20 00 FF FF", true, "-1", 4},
+        {"20 00 7F FF", true, "32767", 4},
     };
     for (const Case& c : cases) {
         Reader r(bytes(std::string(c.wire) + " 00 08 00 00 00 2A"));
         VornJavaString text("stale");
-        r.in.readString(text);
-        EXPECT_EQ(0u, text.length()) << c.wire;
+        if (c.asClass)
+            text = r.in.readClass();
+        else
+            r.in.readString(text);
+        EXPECT_EQ(IString(c.text), text) << c.wire;
         EXPECT_EQ(c.consumed, r.used()) << c.wire;
         EXPECT_EQ(42, r.in.readInt()) << c.wire;
     }
-    Reader cls(bytes("00 01 FF FF FF FF 00 08 00 00 00 2A"));
-    EXPECT_EQ(0u, cls.in.readClass().length());
-    EXPECT_EQ(42, cls.in.readInt());
 }
 
 TEST(WireString, WrongTagLeavesTheTargetAlone) {
@@ -128,7 +118,7 @@ TEST(WireString, LongestTextAPeerCanTakeAndOneByteMore) {
     // Refused before anything of it is written, also when only the UTF-8
     // form is too long (10923 euro signs are 32769 bytes).
     for (const std::string& text : {std::string(32768, 'x'), std::string(10923, '\x80')}) {
-        RecordLog log;
+        Records log;
         Writer refused;
         refused.out.writeInt(1);
         EXPECT_THROW(refused.out.writeString(text.c_str()), VornExcBase);
@@ -138,13 +128,7 @@ TEST(WireString, LongestTextAPeerCanTakeAndOneByteMore) {
     }
 }
 
-TEST(WireClass, HandleGivesItsNumberAsName) {
-    Reader r(bytes("20 00 00 05 20 00 FF FF 20 00 7F FF"));
-    EXPECT_EQ(IString("5"), r.in.readClass());
-    EXPECT_EQ(IString("-1"), r.in.readClass());
-    EXPECT_EQ(IString("32767"), r.in.readClass());
-    EXPECT_EQ(12u, r.used());
-
+TEST(WireClass, NameAndEmptyName) {
     Writer w;
     w.out.writeClass(VornJavaString("a")).writeClass(VornJavaString());
     EXPECT_EQ("00 01 00 00 00 01 00 01 61 00 01 00 00 00 00", w.hex());
@@ -202,7 +186,7 @@ TEST(WireByteArray, LengthBeyondTheDataRaisesAndAllocatesNothing) {
 TEST(WireByteArray, ArrayWithoutMemorySkipsItsBytes) {
     Reader r(bytes("04 00 00 00 00 03 01 02 03 00 08 00 00 00 07"));
     VornJavaByteArray array;
-    RecordLog log;
+    Records log;
     {
         qarq::os::ScopedOsCall noMemory(&qarq::os::Calls::malloc,
                                         +[](size_t) -> void* { return nullptr; });
@@ -287,7 +271,7 @@ void* refuseOneSize(size_t size) {
 }
 
 TEST(WireStream, WithoutWorkBlocksTextGoesUnconvertedWithALog) {
-    RecordLog log;
+    Records log;
     Writer w;
     gRefusedSize = 7;  // 2 * 3 + 1
     {
@@ -295,7 +279,7 @@ TEST(WireStream, WithoutWorkBlocksTextGoesUnconvertedWithALog) {
         w.out.writeString("\x80z");
     }
     EXPECT_EQ("00 80 00 00 00 02 00 02 80 7A", w.hex());
-    qarq::test::Record record = log.lastError("VornJavaWrite::writeStringBytes");
+    Record record = log.lastError("VornJavaWrite::writeStringBytes");
     ASSERT_EQ(2u, record.pairs.size());
     EXPECT_EQ(7u, record.pairAsU32(0));
     EXPECT_EQ("\x80z", record.pairs[1]);
@@ -323,7 +307,7 @@ TEST(WireStream, ClassNameWithoutEachOfItsBlocks) {
         size_t pairs;
     } cases[] = {{1, "", 1}, {2, "\xE2\x82\xAC", 2}, {3, "", 2}};
     for (const Case& c : cases) {
-        RecordLog log;
+        Records log;
         Reader r(bytes("00 01 00 00 00 03 00 03 E2 82 AC 00 08 00 00 00 01"));
         calls = 0;
         failing = c.failing;
@@ -336,24 +320,9 @@ TEST(WireStream, ClassNameWithoutEachOfItsBlocks) {
         }
         EXPECT_EQ(IString(c.name), name) << c.failing;
         EXPECT_EQ(1, r.in.readInt()) << c.failing;
-        qarq::test::Record record = log.lastError("VornJavaRead::readStringBytes");
+        Record record = log.lastError("VornJavaRead::readStringBytes");
         EXPECT_EQ(c.pairs, record.pairs.size()) << c.failing;
     }
-}
-
-TEST(WireString, TextForms) {
-    VornJavaString x("x");
-    EXPECT_EQ(IString("VornJavaString"), x.asString());
-    const std::string debug = x.asDebugInfo().data();
-    EXPECT_EQ(0u, debug.find("VornJavaString[this=0x")) << debug;
-    EXPECT_EQ(", length=1]", debug.substr(debug.size() - 11)) << debug;
-    EXPECT_EQ(0u, VornJavaString(static_cast<const char*>(nullptr)).length());
-
-    VornJavaByteArray a(2);
-    const std::string array = a.asDebugInfo().data();
-    EXPECT_EQ(0u, array.find("VornJavaByteArray[this=0x")) << array;
-    EXPECT_NE(std::string::npos, array.find(", bytes_=0x")) << array;
-    EXPECT_EQ(", length_=2]", array.substr(array.size() - 12)) << array;
 }
 
 }  // namespace
