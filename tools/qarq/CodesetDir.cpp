@@ -82,7 +82,7 @@ bool CodesetDir::makeView(std::string& error) {
     }
     const char* tmp = std::getenv("TMPDIR");
     std::string pattern =
-        std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/qarq-codeset-XXXXXX";
+        std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/qarq-bindir-XXXXXX";
     std::vector<char> name(pattern.begin(), pattern.end());
     name.push_back('\0');
     if (::mkdtemp(name.data()) == nullptr) {
