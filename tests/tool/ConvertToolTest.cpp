@@ -107,7 +107,11 @@ TEST_F(Convert, ChunkBoundariesInsideDoubleByteRunsChangeNothing) {
 TEST_F(Convert, FailuresNameTheArgumentOrFile) {
     Result unknown = qarq("convert -f 4242 -t UTF8", "x");
     EXPECT_EQ(1, unknown.status);
-    EXPECT_EQ(0u, unknown.err.find("qarq convert: -f 4242: unknown code page")) << unknown.err;
+    EXPECT_EQ("qarq convert: -f 4242: unknown code page (no table '4242' in " + tables() + "/)\n",
+              unknown.err);
+    Result nothing = qarq("convert -f UTF8 -t '!!'", "x");
+    EXPECT_EQ(1, nothing.status);
+    EXPECT_EQ("qarq convert: -t !!: not a code page name\n", nothing.err);
 
     Result unreadable = qarq("convert -f 37 -t UTF8 missing.txt");
     EXPECT_EQ(1, unreadable.status);

@@ -96,10 +96,15 @@ bool CodesetDir::makeView(std::string& error) {
         error = "cannot make a private BINDIR in " + view_ + ": " + std::strerror(errno);
         return false;
     }
+    // The library's log goes under BINDIR when QARZ_LOG_FILE is unset; keep it
+    // where the caller's environment puts it, not in the private view.
     const char* bindir = std::getenv("BINDIR");
     const char* logFile = std::getenv("QARZ_LOG_FILE");
-    if (bindir != nullptr && *bindir != '\0' && (logFile == nullptr || *logFile == '\0')) {
-        ::setenv("QARZ_LOG_FILE", (std::string(bindir) + "/GRV/server/log/qarzras.log").c_str(), 1);
+    if (logFile == nullptr || *logFile == '\0') {
+        std::string log = bindir != nullptr && *bindir != '\0'
+                              ? std::string(bindir) + "/GRV/server/log/qarzras.log"
+                              : std::string("/dev/stderr");
+        ::setenv("QARZ_LOG_FILE", log.c_str(), 1);
     }
     ::setenv("BINDIR", view_.c_str(), 1);
     path_ = withSlash(real);

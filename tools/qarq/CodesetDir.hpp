@@ -11,9 +11,9 @@
 // makes a private BINDIR: a fresh temporary directory holding
 // GRV/server/codeset as a symbolic link to the chosen one, sets BINDIR to it
 // for its own process, and removes it again when this object dies. The log
-// of the library keeps the place it would have had: QARZ_LOG_FILE is set to
-// the log under the caller's BINDIR when the caller had one and no
-// QARZ_LOG_FILE.
+// of the library keeps the place it would have had: without QARZ_LOG_FILE,
+// that is set to the log under the caller's BINDIR, or to standard error
+// when the caller had no BINDIR.
 //
 // Ownership: owns the temporary directory. Threads: one per process, made
 // before any conversion. Failures: open() returns false with a message.

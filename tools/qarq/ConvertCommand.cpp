@@ -1,5 +1,6 @@
 #include "ConvertCommand.hpp"
 
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -48,6 +49,14 @@ class OpenedCodeset {
     }
     bool open(const CodesetDir& dir, const char* option, const std::string& given,
               std::string& error) {
+        // A name with nothing the library keeps would only give a log record.
+        bool usable = false;
+        for (char c : given)
+            usable = usable || std::isalnum(static_cast<unsigned char>(c));
+        if (!usable || given.size() > 127) {
+            error = std::string(option) + " " + given + ": not a code page name";
+            return false;
+        }
         char name[128] = {};
         vornnls1_get_table_name(given.c_str(), name, sizeof name);
         std::string table = name;

@@ -41,7 +41,10 @@ bool number(const std::string& text, long long low, long long high, long long& v
     char* end = nullptr;
     errno = 0;
     bool negative = text[0] == '-';
-    unsigned long long magnitude = std::strtoull(begin + (negative || text[0] == '+'), &end, 0);
+    const char* digits = begin + (negative || text[0] == '+');
+    // Decimal, or hex after 0x; a leading zero does not mean octal here.
+    int base = digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X') ? 16 : 10;
+    unsigned long long magnitude = std::strtoull(digits, &end, base);
     if (*end != '\0' || errno != 0 ||
         !std::isxdigit(static_cast<unsigned char>(text[negative || text[0] == '+']))) {
         error = "bad number '" + text + "'";
