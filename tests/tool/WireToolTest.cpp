@@ -114,6 +114,15 @@ TEST_F(Wire, CharOrShortTakesTheReadingThatParsesTheBlock) {
     for (int i = 0; i < 20000; ++i)
         many += test::bytes(i % 3 ? "00 02 00" : "00 02 08 00");
     expectRoundTrip(many);
+    // ... and so does a block where no reading parses: every path into the
+    // long run of ints behind them is walked once, not once per path.
+    std::string hopeless = many;
+    for (int i = 0; i < 50000; ++i)
+        hopeless += test::bytes("00 08 00 00 00 01");
+    writeFile(file("hopeless.bin"), hopeless + test::bytes("00 03"));
+    Result r = qarq("decode hopeless.bin");
+    EXPECT_EQ(1, r.status);
+    EXPECT_NE(std::string::npos, r.err.find(": bad tag 0x0003")) << r.err;
 }
 
 // Random blocks of every value kind, written by the library's writer.

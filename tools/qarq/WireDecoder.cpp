@@ -165,16 +165,20 @@ bool WireDecoder::parseItem(size_t at, bool expectClass, Item& item, std::string
     }
 }
 
-// Depth-first search over the char/short readings, short first. A reading
-// can only fail later, never change what a later tag means, so the offsets
-// behind a char or short from which no parse reaches the end are remembered
-// and each is explored once: the search is linear in the block.
+// Depth-first search over the char/short readings, short first. What a
+// value means never depends on what came before it (but for the object that
+// must follow a vector header), so an offset from which no parse reaches the
+// end stays hopeless: every offset walked since a choice is remembered as
+// dead when the search backs out of that choice, and no offset is walked
+// twice. The search is linear in the block.
 bool WireDecoder::chooseReadings() {
     struct Choice {
         size_t at;
         uint8_t reading;
+        size_t mark;  // walked.size() when the choice was made
     };
     std::vector<Choice> choices;
+    std::vector<size_t> walked;
     std::vector<bool> dead(size_ + 1, false);
     size_t at = 0;
     bool expectClass = false;
@@ -189,14 +193,18 @@ bool WireDecoder::chooseReadings() {
             failed = true;
         } else if (!parseItem(at, expectClass, item, nullptr)) {
             failed = true;
-        } else if (item.tag == VORNJAVA_CHAR_OR_SHORT) {
-            uint8_t reading = size_ - at >= 4 ? kShort : kChar;
-            choices.push_back({at, reading});
-            at += reading == kShort ? 4 : 3;
-            expectClass = false;
         } else {
-            at = item.end;
-            expectClass = item.expectClass;
+            if (!expectClass)
+                walked.push_back(at);
+            if (item.tag == VORNJAVA_CHAR_OR_SHORT) {
+                uint8_t reading = size_ - at >= 4 ? kShort : kChar;
+                choices.push_back({at, reading, walked.size()});
+                at += reading == kShort ? 4 : 3;
+                expectClass = false;
+            } else {
+                at = item.end;
+                expectClass = item.expectClass;
+            }
         }
         if (!failed)
             continue;
@@ -204,7 +212,9 @@ bool WireDecoder::chooseReadings() {
             if (choices.empty())
                 return false;
             Choice& c = choices.back();
-            dead[c.at + (c.reading == kShort ? 4 : 3)] = true;
+            for (size_t i = c.mark; i < walked.size(); ++i)
+                dead[walked[i]] = true;
+            walked.resize(c.mark);
             if (c.reading == kShort) {
                 c.reading = kChar;
                 at = c.at + 3;
