@@ -173,6 +173,9 @@ TEST_F(Convert, CodesetsListsTablesFromEachPlace) {
     Result option = shell("TMPDIR=. BINDIR=bin " + quoted(tool()) +
                           " convert --list --codeset-dir " + quoted(tables()));
     EXPECT_NE(std::string::npos, option.out.find("CP037"));
+    Result converted = shell("TMPDIR=. BINDIR=bin " + quoted(tool()) +
+                             " convert -f 37 -t 850 --codeset-dir " + quoted(tables()));
+    EXPECT_EQ(0, converted.status) << converted.err;
     for (const auto& entry : std::filesystem::directory_iterator(dir_)) {
         EXPECT_EQ(std::string::npos, entry.path().filename().string().find("qarq-bindir"));
     }

@@ -28,12 +28,17 @@ std::string withSlash(std::string path) {
 }  // namespace
 
 CodesetDir::~CodesetDir() {
+    dropView();
+}
+
+void CodesetDir::dropView() {
     if (view_.empty())
         return;
     ::unlink((view_ + "/GRV/server/codeset").c_str());
     ::rmdir((view_ + "/GRV/server").c_str());
     ::rmdir((view_ + "/GRV").c_str());
     ::rmdir(view_.c_str());
+    view_.clear();
 }
 
 std::string CodesetDir::besideExecutable() {
@@ -59,7 +64,7 @@ bool CodesetDir::open(const std::string& option, std::string& error) {
         path_ = withSlash(option);
     } else if (haveBindir && isDirectory(std::string(bindir) + "/GRV/server/codeset")) {
         path_ = std::string(bindir) + "/GRV/server/codeset/";
-        return true;  // the library looks there by itself
+        viaBindir_ = true;  // the library looks there by itself
     } else {
         path_ = besideExecutable();
         if (path_.empty() || !isDirectory(path_)) {
@@ -70,10 +75,12 @@ bool CodesetDir::open(const std::string& option, std::string& error) {
             return false;
         }
     }
-    return makeView(error);
+    return true;
 }
 
-bool CodesetDir::makeView(std::string& error) {
+bool CodesetDir::pointLibrary(std::string& error) {
+    if (viaBindir_ || !view_.empty())
+        return true;
     // The link needs an absolute target, else it would resolve inside the view.
     char real[PATH_MAX];
     if (::realpath(path_.c_str(), real) == nullptr) {

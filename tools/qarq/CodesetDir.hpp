@@ -10,7 +10,7 @@
 // (then from the current directory). For any other directory the tool
 // makes a private BINDIR: a fresh temporary directory holding
 // GRV/server/codeset as a symbolic link to the chosen one, sets BINDIR to it
-// for its own process, and removes it again when this object dies. The log
+// for its own process, and removes it again once the tables are loaded. The log
 // of the library keeps the place it would have had: without QARZ_LOG_FILE,
 // that is set to the log under the caller's BINDIR, or to standard error
 // when the caller had no BINDIR.
@@ -31,9 +31,17 @@ class CodesetDir {
     CodesetDir(const CodesetDir&) = delete;
     CodesetDir& operator=(const CodesetDir&) = delete;
 
-    /// Chooses the directory (`option` is the --codeset-dir value or "") and
-    /// points the library at it. False with `error` set when none is usable.
+    /// Chooses the directory (`option` is the --codeset-dir value or "").
+    /// False with `error` set when none is usable.
     bool open(const std::string& option, std::string& error);
+
+    /// Makes the library load tables by name from the directory (a private
+    /// BINDIR unless it is the caller's). False with `error` on failure.
+    bool pointLibrary(std::string& error);
+
+    /// Removes the private BINDIR: once the code sets are loaded the library
+    /// needs it no more, and a tool killed while converting leaves nothing.
+    void dropView();
 
     /// The chosen directory, ending in '/'.
     const std::string& path() const { return path_; }
@@ -49,10 +57,9 @@ class CodesetDir {
     static std::string besideExecutable();
 
   private:
-    bool makeView(std::string& error);
-
     std::string path_;
     std::string view_;  // the private BINDIR, "" when none was made
+    bool viaBindir_ = false;
 };
 
 }  // namespace qarqtool

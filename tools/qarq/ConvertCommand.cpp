@@ -141,10 +141,13 @@ int runConvert(int argc, char** argv, int first) {
     std::string error;
     if (!dir.open(dirOption, error))
         return failure(kName, error);
+    if (!dir.pointLibrary(error))
+        return failure(kName, error);
     OpenedCodeset source, target;
     if (!source.open(dir, "-f", from, error) || !target.open(dir, "-t", to, error)) {
         return failure(kName, error);
     }
+    dir.dropView();
     FILE* out = openOutput(output, error);
     if (out == nullptr)
         return failure(kName, error);
