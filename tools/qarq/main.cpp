@@ -2,7 +2,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
+#include "Cli.hpp"
+#include "CodesetsCommand.hpp"
+#include "ConvertCommand.hpp"
+#include "DecodeCommand.hpp"
+#include "EncodeCommand.hpp"
 #include "qarq/qarq.hpp"
 
 namespace {
@@ -36,25 +42,45 @@ void printDiagnostics() {
 
 void usage(FILE* out) {
     std::fprintf(out,
-                 "usage: qarq [--help] [--version]\n"
+                 "usage: qarq [--help] [--version] SUBCOMMAND [ARGS]\n"
+                 "\n"
+                 "  convert -f FROM -t TO [-o OUT] [FILE...]  convert text between code pages\n"
+                 "  codesets                                  list the code-set tables found\n"
+                 "  decode [--hex] [FILE]                     list the values of a stream block\n"
+                 "  encode [FILE]                             write a listing back as bytes\n"
                  "\n"
                  "  --version   print the version and the diagnostics configuration\n"
-                 "  --help      print this text\n");
+                 "  --help      print this text\n"
+                 "\n"
+                 "'qarq SUBCOMMAND --help' tells more. Exit status: 0 success, 1 failure,\n"
+                 "2 usage error.\n");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 2 || std::strcmp(argv[1], "--version") == 0) {
+    if (argc < 2) {
+        usage(stderr);
+        return qarqtool::kExitUsage;
+    }
+    const std::string command = argv[1];
+    if (command == "--version") {
         std::printf("qarq %s (library %s)\n", QARQ_VERSION_STRING, qarqVersion());
         printDiagnostics();
-        return 0;
+        return qarqtool::kExitOk;
     }
-    if (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0) {
+    if (command == "--help" || command == "-h" || command == "help") {
         usage(stdout);
-        return 0;
+        return qarqtool::kExitOk;
     }
-    std::fprintf(stderr, "qarq: unknown argument '%s'\n", argv[1]);
-    usage(stderr);
-    return 2;
+    if (command == "convert")
+        return qarqtool::runConvert(argc, argv, 2);
+    if (command == "codesets")
+        return qarqtool::runCodesets(argc, argv, 2);
+    if (command == "decode")
+        return qarqtool::runDecode(argc, argv, 2);
+    if (command == "encode")
+        return qarqtool::runEncode(argc, argv, 2);
+    std::fprintf(stderr, "qarq: unknown subcommand '%s'\nTry 'qarq --help'.\n", argv[1]);
+    return qarqtool::kExitUsage;
 }

@@ -1,0 +1,185 @@
+// qarq convert and qarq codesets: against the iconv command, across chunk
+// boundaries, and on every way the command line or the input can be wrong.
+#include <random>
+#include <string>
+
+#include "tool/ToolRun.hpp"
+
+namespace qarq::tooltest {
+namespace {
+
+// Text each code page can hold, in UTF-8.
+const char kLatin[] =
+    "Gr\xC3\xBC\xC3\x9F"
+    "e aus M\xC3\xBCnchen, 25 \xC2\xB0"
+    "C, Caf\xC3\xA9 \xC2\xA3 1\n"
+    "{[|]} ~^ \\ @ # $ % & * ( ) _ + = < > ? / ! ; : ' \"\n";
+const char kJapanese[] =
+    "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E ABC \xE3\x82\xAB\xE3\x82\xBF"
+    "\xE3\x82\xAB\xE3\x83\x8A 123\n\xE6\x9D\xB1\xE4\xBA\xAC\xE9\x83\xBD.\n";
+
+struct Page {
+    const char* number;
+    const char* iconvName;
+    const char* text;
+};
+
+class Convert : public ToolTest {};
+
+TEST_F(Convert, AgreesWithIconvBothWays) {
+    if (!haveIconv())
+        GTEST_SKIP() << "no iconv command on this machine";
+    const Page pages[] = {
+        {"37", "CP037", kLatin},     {"273", "CP273", kLatin},    {"1047", "CP1047", kLatin},
+        {"850", "CP850", kLatin},    {"1252", "CP1252", kLatin},  {"930", "CP930", kJapanese},
+        {"939", "CP939", kJapanese}, {"932", "CP932", kJapanese}, {"954", "EUC-JP", kJapanese}};
+    for (const Page& page : pages) {
+        SCOPED_TRACE(page.number);
+        writeFile(file("text.utf8"), page.text);
+        Result host = shell(std::string("iconv -f UTF-8 -t ") + page.iconvName + " text.utf8");
+        ASSERT_EQ(0, host.status) << host.err;
+        writeFile(file("text.host"), host.out);
+
+        Result toUtf8 = qarq(std::string("convert -f ") + page.number + " -t UTF8 text.host");
+        EXPECT_EQ(0, toUtf8.status) << toUtf8.err;
+        EXPECT_EQ(page.text, toUtf8.out);
+        Result fromUtf8 =
+            qarq(std::string("convert -t ") + page.number + " -f UTF8 -o out.host", page.text);
+        EXPECT_EQ(0, fromUtf8.status) << fromUtf8.err;
+        EXPECT_EQ(host.out, readFile(file("out.host")));
+    }
+}
+
+TEST_F(Convert, NamesOfTheAliasesFileAndTheSamples) {
+    Result r = qarq("convert -f cp037 --to utf-8 " QARQ_DATA_DIR "/samples/host-status.cp37");
+    EXPECT_EQ(0, r.status) << r.err;
+    EXPECT_NE(std::string::npos, r.out.find("Câble réseau défectueux"));
+    // Straight from one host page to another: 37 and 273 differ in '{' and 'ü'.
+    Result twice = qarq("convert -f 273 -t 37", "");
+    EXPECT_EQ(0, twice.status);
+    EXPECT_EQ("", twice.out);
+}
+
+// Double-byte runs of every length at every offset: a chunk boundary falls
+// inside shifted runs, pairs and multi-byte sequences many times over, and
+// the result must be what one call over the whole input gives.
+TEST_F(Convert, ChunkBoundariesInsideDoubleByteRunsChangeNothing) {
+    std::mt19937 random(7);
+    const char* const wide[] = {"\xE6\x97\xA5", "\xE6\x9C\xAC", "\xE3\x82\xAB",
+                                "\xE4\xBA\xAC", "\xC3\xA9",     "\xEF\xBF\xBD"};
+    std::string text;
+    while (text.size() < 300000) {
+        if (random() % 3 == 0) {
+            text.append(random() % 5, "AZ09 .\n"[random() % 7]);
+        } else {
+            for (unsigned n = random() % 40; n > 0; --n)
+                text += wide[random() % 6];
+        }
+    }
+    writeFile(file("text.utf8"), text);
+    for (const char* page : {"930", "933", "937", "932", "949", "954"}) {
+        SCOPED_TRACE(page);
+        std::string target = std::string(" -t ") + page;
+        ASSERT_EQ(0, qarq("convert -f UTF8" + target +
+                          " --buffer-size 67108864 -o whole.host "
+                          "text.utf8")
+                         .status);
+        const std::string whole = readFile(file("whole.host"));
+        ASSERT_GT(whole.size(), 150000u);
+        ASSERT_EQ(0, qarq("convert -f " + std::string(page) +
+                          " -t UTF8 --buffer-size 67108864 -o whole.utf8 whole.host")
+                         .status);
+        for (const char* chunk : {"16", "17", "31", "4099"}) {
+            SCOPED_TRACE(chunk);
+            Result from =
+                qarq("convert -f UTF8" + target + " --buffer-size " + chunk + " text.utf8");
+            EXPECT_EQ(0, from.status) << from.err;
+            EXPECT_TRUE(from.out == whole) << "from UTF-8 differs from the whole-buffer result";
+            Result to = qarq("convert -f " + std::string(page) + " -t UTF8 --buffer-size " + chunk +
+                             " whole.host");
+            EXPECT_EQ(0, to.status) << to.err;
+            EXPECT_TRUE(to.out == readFile(file("whole.utf8")))
+                << "to UTF-8 differs from the whole-buffer result";
+        }
+    }
+}
+
+TEST_F(Convert, FailuresNameTheArgumentOrFile) {
+    Result unknown = qarq("convert -f 4242 -t UTF8", "x");
+    EXPECT_EQ(1, unknown.status);
+    EXPECT_EQ("qarq convert: -f 4242: unknown code page (no table '4242' in " + tables() + "/)\n",
+              unknown.err);
+    Result nothing = qarq("convert -f UTF8 -t '!!'", "x");
+    EXPECT_EQ(1, nothing.status);
+    EXPECT_EQ("qarq convert: -t !!: not a code page name\n", nothing.err);
+
+    Result unreadable = qarq("convert -f 37 -t UTF8 missing.txt");
+    EXPECT_EQ(1, unreadable.status);
+    EXPECT_EQ("qarq convert: missing.txt: No such file or directory\n", unreadable.err);
+
+    // A file that fails does not stop the others.
+    writeFile(file("ok.txt"), "ok");
+    Result some = qarq("convert -f UTF8 -t UTF8 missing.txt ok.txt");
+    EXPECT_EQ(1, some.status);
+    EXPECT_EQ("ok", some.out);
+
+    Result dir = qarq("convert --codeset-dir nowhere -f 37 -t UTF8", "");
+    EXPECT_EQ(1, dir.status);
+    EXPECT_EQ("qarq convert: --codeset-dir nowhere: not a directory\n", dir.err);
+
+    writeFile(file("BOGUS"), std::string(2000, 'x'));
+    Result bad = qarq("convert --codeset-dir . -f bogus -t UTF8", "");
+    EXPECT_EQ(1, bad.status);
+    EXPECT_NE(std::string::npos, bad.err.find("BOGUS is not a valid code-set table")) << bad.err;
+}
+
+TEST_F(Convert, UsageErrorsExitWithTwo) {
+    for (const char* args : {"convert -t UTF8", "convert -f 37", "convert -f 37 -t UTF8 --bogus",
+                             "convert -f 37 -t UTF8 --buffer-size 3", "convert -f", "frobnicate",
+                             "codesets extra", "decode a b", ""}) {
+        SCOPED_TRACE(args);
+        Result r = qarq(args);
+        EXPECT_EQ(2, r.status);
+        EXPECT_EQ("", r.out);
+        EXPECT_NE(std::string::npos, r.err.find("qarq")) << r.err;
+    }
+    for (const char* args : {"--help", "convert --help", "codesets --help", "decode --help",
+                             "encode --help", "--version"}) {
+        SCOPED_TRACE(args);
+        Result r = qarq(args);
+        EXPECT_EQ(0, r.status);
+        EXPECT_NE(std::string::npos, r.out.find("qarq")) << r.out;
+    }
+}
+
+TEST_F(Convert, CodesetsListsTablesFromEachPlace) {
+    Result r = qarq("codesets");
+    EXPECT_EQ(0, r.status) << r.err;
+    EXPECT_NE(std::string::npos, r.out.find("UTF8     65001  UTF-8"));
+    EXPECT_NE(std::string::npos, r.out.find("37          37  single-byte EBCDIC         CP037\n"));
+    EXPECT_NE(std::string::npos, r.out.find("930        930  EBCDIC mixed with shifts   CP930"));
+    EXPECT_NE(std::string::npos,
+              r.out.find("DEFAULT   1252  single-byte                CP1252  -> 1252"));
+    EXPECT_EQ(r.out, qarq("convert --list").out);
+
+    // BINDIR comes before the tables beside the tool, --codeset-dir before both.
+    std::filesystem::create_directories(file("bin/GRV/server/codeset"));
+    std::filesystem::copy_file(tables() + "/850", file("bin/GRV/server/codeset/850"));
+    Result bindir = shell("BINDIR=bin " + quoted(tool()) + " codesets");
+    EXPECT_EQ(0, bindir.status) << bindir.err;
+    EXPECT_EQ(std::string::npos, bindir.out.find("CP037"));
+    EXPECT_NE(std::string::npos, bindir.out.find("CP850"));
+    // The private BINDIR made for --codeset-dir is gone afterwards.
+    Result option = shell("TMPDIR=. BINDIR=bin " + quoted(tool()) +
+                          " convert --list --codeset-dir " + quoted(tables()));
+    EXPECT_NE(std::string::npos, option.out.find("CP037"));
+    Result converted = shell("TMPDIR=. BINDIR=bin " + quoted(tool()) +
+                             " convert -f 37 -t 850 --codeset-dir " + quoted(tables()));
+    EXPECT_EQ(0, converted.status) << converted.err;
+    for (const auto& entry : std::filesystem::directory_iterator(dir_)) {
+        EXPECT_EQ(std::string::npos, entry.path().filename().string().find("qarq-bindir"));
+    }
+}
+
+}  // namespace
+}  // namespace qarq::tooltest

@@ -1,0 +1,81 @@
+// Runs the built qarq tool in a scratch directory and gives back its exit
+// status, standard output and standard error.
+#pragma once
+
+#include <stdlib.h>
+#include <sys/wait.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace qarq::tooltest {
+
+inline std::string readFile(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+inline void writeFile(const std::filesystem::path& path, const std::string& data) {
+    std::ofstream out(path, std::ios::binary);
+    out << data;
+}
+
+inline std::string quoted(const std::string& text) {
+    std::string out = "'";
+    for (char c : text)
+        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return out + "'";
+}
+
+struct Result {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+/// A scratch directory per test and a way to run the tool and other commands in it.
+class ToolTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        std::string pattern = (std::filesystem::temp_directory_path() / "qarq-tooltest-XXXXXX");
+        ASSERT_NE(nullptr, mkdtemp(pattern.data()));
+        dir_ = pattern;
+    }
+    void TearDown() override { std::filesystem::remove_all(dir_); }
+
+    std::string file(const std::string& name) const { return (dir_ / name).string(); }
+
+    static std::string tool() { return QARQ_BUILD_DIR "/bin/qarq"; }
+    static std::string tables() { return QARQ_SHARE_DIR "/codeset"; }
+
+    /// Runs `qarq ARGS` (ARGS already quoted for the shell), with `input` on
+    /// standard input. BINDIR is cleared so that the tables beside the tool count.
+    Result qarq(const std::string& args, const std::string& input = "") const {
+        writeFile(dir_ / "stdin", input);
+        return shell("env -u BINDIR " + quoted(tool()) + " " + args);
+    }
+
+    Result shell(const std::string& command) const {
+        std::string line = "cd " + quoted(dir_.string()) + " && " + command + " < " +
+                           quoted(file("stdin")) + " > " + quoted(file("stdout")) + " 2> " +
+                           quoted(file("stderr"));
+        if (!std::filesystem::exists(dir_ / "stdin"))
+            writeFile(dir_ / "stdin", "");
+        Result r;
+        int raw = std::system(line.c_str());
+        r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+        r.out = readFile(dir_ / "stdout");
+        r.err = readFile(dir_ / "stderr");
+        return r;
+    }
+
+    static bool haveIconv() { return std::system("iconv --version > /dev/null 2>&1") == 0; }
+
+    std::filesystem::path dir_;
+};
+
+}  // namespace qarq::tooltest

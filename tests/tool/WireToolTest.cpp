@@ -1,0 +1,246 @@
+// qarq decode and qarq encode: the fixtures are what the library's writer
+// makes, every one of them survives decode | encode byte for byte, and each
+// kind of damage ends the listing with the offset at fault.
+#include <random>
+#include <string>
+
+#include "qarq/vorn/VornJavaByteArray.hpp"
+#include "qarq/vorn/VornJavaTypes.hpp"
+#include "tool/ToolRun.hpp"
+#include "wire/WireMessageClasses.hpp"
+#include "wire/WireTestSupport.hpp"
+
+namespace qarq::tooltest {
+namespace {
+
+const std::string kFixtures = QARQ_SOURCE_DIR "/tests/tool/fixtures/";
+
+class Wire : public ToolTest {
+  protected:
+    void expectRoundTrip(const std::string& bytes) {
+        writeFile(file("block.bin"), bytes);
+        Result listing = qarq("decode block.bin");
+        ASSERT_EQ(0, listing.status) << listing.err;
+        Result back = qarq("encode", listing.out);
+        ASSERT_EQ(0, back.status) << back.err;
+        EXPECT_EQ(test::hex(bytes), test::hex(back.out)) << listing.out;
+    }
+};
+
+// The fixtures hold the library's own writing of the wire examples and of
+// messages of each kind; if the writer changed, these bytes would tell.
+TEST_F(Wire, FixturesAreTheWritersBytes) {
+    test::Writer examples;
+    VornJavaByteArray aabb, none;
+    aabb.copyBytes("\xAA\xBB", 2);
+    examples.out.writeString("abc").writeString("").writeClass(VornJavaString("a"));
+    examples.out.writeClass(VornJavaString("")).writeByteArray(aabb).writeByteArray(none);
+    // String arrays and vectors are put together from their parts here.
+    examples.out.writeType(VORNJAVA_STRING_ARRAY);
+    examples.out.writeLength(1);
+    examples.out.writeString("a").writeInt(1).writeBoolean(1).writeLong(-2);
+    examples.out.writeLong(0x80000000LL);
+    examples.out.writeType(VORNJAVA_VECTOR);
+    examples.out.writeLength(0);
+    examples.out.writeByte('\xFF').writeChar('x');
+    examples.out.writeShort(-300);
+    EXPECT_EQ(examples.hex(), test::hex(readFile(kFixtures + "peer-examples.bin")));
+
+    test::TestRequest request(7);
+    request.setHosts("a", "b");
+    test::Writer r;
+    request.writeObject(r.out, request);
+    EXPECT_EQ(r.hex(), test::hex(readFile(kFixtures + "request.bin")));
+
+    test::TestResponse response(7);
+    response.setHosts("server-1", "console-7");
+    response.setClient(12);
+    response.setPosExtReasonCode(4711);
+    response.setException(
+        *new test::TestException(42, "Zugriff verweigert", "", "line\nbreak", "tab\there"));
+    test::Writer w;
+    response.writeObject(w.out, response);
+    EXPECT_EQ(w.hex(), test::hex(readFile(kFixtures + "response-with-exception.bin")));
+}
+
+TEST_F(Wire, EveryFixtureSurvivesDecodeAndEncode) {
+    for (const char* name : {"peer-examples.bin", "request.bin", "response-with-exception.bin",
+                             "notification-class-handle.bin", "vector-of-objects.bin"}) {
+        SCOPED_TRACE(name);
+        expectRoundTrip(readFile(kFixtures + name));
+    }
+    expectRoundTrip(readFile(QARQ_DATA_DIR "/samples/console-request.bin"));
+    // The listing of the sample is the one kept beside it.
+    Result listing = qarq("decode " QARQ_DATA_DIR "/samples/console-request.bin");
+    Result again = qarq("encode " QARQ_DATA_DIR "/samples/console-request.txt");
+    EXPECT_EQ(readFile(QARQ_DATA_DIR "/samples/console-request.bin"), again.out);
+    EXPECT_NE(std::string::npos, listing.out.find("   135    string \"Netz München/Süd\"\n"));
+    EXPECT_NE(std::string::npos, listing.out.find("   167      string \"router-a\"\n"));
+}
+
+// Peers may send what this library never writes: lengths that disagree,
+// negative lengths, booleans other than 0 and 1, bytes that are no UTF-8.
+TEST_F(Wire, OddButReadableFormsRoundTrip) {
+    expectRoundTrip(test::bytes("00 80 00 00 00 05 00 02 61 62"));  // lengths differ
+    expectRoundTrip(test::bytes("00 80 FF FF FF FF"));              // length -1
+    expectRoundTrip(test::bytes("00 80 00 00 00 03 00 00"));        // short length 0
+    expectRoundTrip(test::bytes("00 01 00 00 00 02 00 07 61 62"));  // class, short differs
+    expectRoundTrip(test::bytes("00 01 FF FF FF FE"));              // class length -2
+    expectRoundTrip(test::bytes("08 00 02 08 00 FF"));              // booleans 2 and 255
+    expectRoundTrip(test::bytes("00 80 00 00 00 06 00 06 FF 00 0A 22 5C C3"));  // escapes
+    expectRoundTrip(test::bytes("01 00 FF FF FF FF 40 00 00 00 00 00 20 00 80 00"));
+    expectRoundTrip(test::bytes("00 20 80 00 00 00 00 00 00 00 00 02 27 00 02 5C"));
+}
+
+// Char and short share a tag: the reading that parses the whole block wins,
+// short where both do, and each listing encodes back to the same bytes.
+TEST_F(Wire, CharOrShortTakesTheReadingThatParsesTheBlock) {
+    auto decode = [&](const std::string& hex) {
+        writeFile(file("block.bin"), test::bytes(hex));
+        return qarq("decode block.bin").out;
+    };
+    EXPECT_EQ("     0  short 4660\n", decode("00 02 12 34"));
+    EXPECT_EQ("     0  char 'A'\n", decode("00 02 41"));
+    EXPECT_EQ("     0  char 'A'\n     3  int 1\n", decode("00 02 41 00 08 00 00 00 01"));
+    // Both readings parse: short first.
+    EXPECT_EQ("     0  short 2048\n     4  byte 1\n     7  char 0x00\n",
+              decode("00 02 08 00 02 00 01 00 02 00"));
+    // A short early on makes a later tag parse only as char: backtracking
+    // finds it although the first choice looked fine.
+    EXPECT_EQ("     0  char 0x00\n     3  int 1\n", decode("00 02 00 00 08 00 00 00 01"));
+
+    // Many ambiguous tags in a row still decode at once and round-trip.
+    std::string many;
+    for (int i = 0; i < 20000; ++i)
+        many += test::bytes(i % 3 ? "00 02 00" : "00 02 08 00");
+    expectRoundTrip(many);
+    // ... and so does a block where no reading parses: every path into the
+    // long run of ints behind them is walked once, not once per path.
+    std::string hopeless = many;
+    for (int i = 0; i < 50000; ++i)
+        hopeless += test::bytes("00 08 00 00 00 01");
+    writeFile(file("hopeless.bin"), hopeless + test::bytes("00 03"));
+    Result r = qarq("decode hopeless.bin");
+    EXPECT_EQ(1, r.status);
+    EXPECT_EQ(0u, r.err.find("qarq decode: hopeless.bin: offset ")) << r.err;
+}
+
+// Random blocks of every value kind, written by the library's writer.
+TEST_F(Wire, RandomBlocksRoundTrip) {
+    std::mt19937 random(11);
+    for (int round = 0; round < 20; ++round) {
+        test::Writer w;
+        for (int i = 0; i < 60; ++i) {
+            switch (random() % 9) {
+                case 0:
+                    w.out.writeChar(char(random()));
+                    break;
+                case 1:
+                    w.out.writeShort(short(random()));
+                    break;
+                case 2:
+                    w.out.writeInt(int(random()));
+                    break;
+                case 3:
+                    w.out.writeLong(int64_t(random()) << 31 | random());
+                    break;
+                case 4:
+                    w.out.writeBoolean(int(random() % 2));
+                    break;
+                case 5:
+                    w.out.writeByte(char(random()));
+                    break;
+                case 6:
+                    w.out.writeClass(VornJavaString(random() % 4 ? "x.Y" : ""));
+                    break;
+                case 7:
+                    w.out.writeString(std::string(random() % 5, char('a' + random() % 26)).c_str());
+                    break;
+                default: {
+                    VornJavaByteArray a(random() % 4);
+                    if (a.getLength() > 0)
+                        a.fill(char(random()));
+                    w.out.writeByteArray(a);
+                }
+            }
+        }
+        expectRoundTrip(w.bytes());
+    }
+}
+
+TEST_F(Wire, DamageEndsTheListingAtItsOffset) {
+    const std::string sample = readFile(kFixtures + "request.bin");
+    writeFile(file("cut.bin"), sample.substr(0, sample.size() - 3));
+    Result cut = qarq("decode cut.bin");
+    EXPECT_EQ(1, cut.status);
+    EXPECT_EQ("qarq decode: cut.bin: offset 50: truncated int (needs 6 bytes, 3 left)\n", cut.err);
+    EXPECT_NE(std::string::npos, cut.out.find("    44    int 0\n")) << cut.out;
+    EXPECT_EQ(std::string::npos, cut.out.find("    50")) << cut.out;
+
+    writeFile(file("tag.bin"), test::bytes("00 08 00 00 00 01 00 03 00"));
+    Result tag = qarq("decode tag.bin");
+    EXPECT_EQ(1, tag.status);
+    EXPECT_EQ("     0  int 1\n", tag.out);
+    EXPECT_EQ("qarq decode: tag.bin: offset 6: bad tag 0x0003\n", tag.err);
+
+    Result zero = qarq("decode", test::bytes("00 00"));
+    EXPECT_EQ("qarq decode: standard input: offset 0: bad tag 0x0000\n", zero.err);
+    Result element = qarq("decode", test::bytes("01 00 00 00 00 02 00 80 00 00 00 00 00 08"));
+    EXPECT_EQ(1, element.status);
+    EXPECT_NE(std::string::npos,
+              element.err.find("offset 12: string array element is not a string"));
+    Result vector = qarq("decode", test::bytes("40 00 00 00 00 01 00 08 00 00 00 01"));
+    EXPECT_NE(std::string::npos, vector.err.find("offset 6: vector element is not an object"));
+    Result huge = qarq("decode", test::bytes("04 00 7F FF FF FF 00"));
+    EXPECT_EQ(
+        "qarq decode: standard input: offset 0: truncated byte array (needs 2147483653 "
+        "bytes, 7 left)\n",
+        huge.err);
+    Result negative = qarq("decode", test::bytes("00 80 00 00 00 01 FF FF"));
+    EXPECT_NE(std::string::npos, negative.err.find("offset 0: negative string length -1"));
+
+    Result missing = qarq("decode nothing.bin");
+    EXPECT_EQ(1, missing.status);
+    EXPECT_EQ("qarq decode: nothing.bin: No such file or directory\n", missing.err);
+}
+
+TEST_F(Wire, HexInput) {
+    Result ok = qarq("decode --hex", "00 08 00 00\n00 2a\n");
+    EXPECT_EQ(0, ok.status) << ok.err;
+    EXPECT_EQ("     0  int 42\n", ok.out);
+    Result bad = qarq("decode --hex", "00 08\n00 0x 00 2a\n");
+    EXPECT_EQ(1, bad.status);
+    EXPECT_EQ("qarq decode: standard input: line 2, column 5: bad hex digit 'x'\n", bad.err);
+    Result odd = qarq("decode --hex", "00 0");
+    EXPECT_EQ("qarq decode: standard input: odd number of hex digits\n", odd.err);
+}
+
+TEST_F(Wire, EncodeNamesTheBadLine) {
+    const struct {
+        const char* text;
+        const char* error;
+    } cases[] = {
+        {"int 1\nfoo 2\n", "listing.txt:2: unknown type 'foo'"},
+        {"# note\n\nint 4294967296\n", "listing.txt:3: number out of range: 4294967296"},
+        {"byte x\n", "listing.txt:1: bad number 'x'"},
+        {"string \"abc\n", "listing.txt:1: missing closing quote"},
+        {"string \"a\\q\"\n", "listing.txt:1: unknown escape \\q"},
+        {"bytes 2 AB\n", "listing.txt:1: bytes 2 needs 4 hex digits, not 2"},
+        {"bytes 1 ZZ\n", "listing.txt:1: bad hex digit in 'ZZ'"},
+        {"int 1 2\n", "listing.txt:1: unexpected '2' after the value"},
+        {"string \"x\" length=-1\n", "listing.txt:1: length=-1 leaves no room for the text"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        writeFile(file("listing.txt"), c.text);
+        Result r = qarq("encode listing.txt -o out.bin");
+        EXPECT_EQ(1, r.status);
+        EXPECT_EQ(std::string("qarq encode: ") + c.error + "\n", r.err);
+    }
+    Result missing = qarq("encode gone.txt");
+    EXPECT_EQ("qarq encode: gone.txt: No such file or directory\n", missing.err);
+    EXPECT_EQ(1, missing.status);
+}
+
+}  // namespace
+}  // namespace qarq::tooltest

@@ -1,0 +1,9 @@
+// `qarq codesets`: see CodesetsCommand.cpp for the options.
+#pragma once
+
+namespace qarqtool {
+
+/// Runs the subcommand on argv[first..argc); returns the exit status.
+int runCodesets(int argc, char** argv, int first);
+
+}  // namespace qarqtool

@@ -1,0 +1,9 @@
+// `qarq convert`: see ConvertCommand.cpp for the options.
+#pragma once
+
+namespace qarqtool {
+
+/// Runs the subcommand on argv[first..argc); returns the exit status.
+int runConvert(int argc, char** argv, int first);
+
+}  // namespace qarqtool

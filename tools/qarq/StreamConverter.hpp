@@ -1,0 +1,55 @@
+// Converts a byte stream from one code set to another through UTF-8, in
+// chunks of a fixed size, so that memory stays constant whatever the input.
+//
+// Chunks end on character boundaries of the source (CharBoundary); the shift
+// state of a kind-4 source is carried by starting the next call with a
+// shift-out. A kind-4 target closes each call with a shift-in; when the next
+// call opens with a shift-out the pair is dropped, so that the output is the
+// one a single call over the whole input would give.
+//
+// Ownership: borrows the code sets (kind 6 stands for UTF-8), which must
+// outlive it; owns its three buffers. Threads: one at a time.
+// Failures: run() returns false with a message naming the input or output.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "CharBoundary.hpp"
+#include "qarq/vorn/vornnls2.hpp"
+
+namespace qarqtool {
+
+class StreamConverter {
+  public:
+    static constexpr size_t kDefaultChunk = 256 * 1024;
+    static constexpr size_t kMinChunk = 16;
+    static constexpr size_t kMaxChunk = 64u << 20;
+
+    StreamConverter(const VornNlsCodeSet* from, const VornNlsCodeSet* to,
+                    size_t chunk = kDefaultChunk);
+
+    /// Converts all of `in` (named `inName` in messages) onto `out`.
+    bool run(FILE* in, const std::string& inName, FILE* out, std::string& error);
+
+  private:
+    void convertChunk(const unsigned char* source, size_t length);
+    bool emit(const char* data, size_t length);
+
+    const VornNlsCodeSet* from_;
+    const VornNlsCodeSet* to_;
+    bool fromUtf8_;
+    bool toUtf8_;
+    bool toShifts_;
+    CharBoundary boundary_;
+    size_t chunk_;
+    std::vector<unsigned char> in_;  // one spare byte in front for a shift-out
+    std::vector<char> mid_;
+    std::vector<char> out_;
+    FILE* sink_ = nullptr;
+    bool heldShiftIn_ = false;
+    bool writeFailed_ = false;
+};
+
+}  // namespace qarqtool
