@@ -78,18 +78,18 @@ const Kernels& kernelsOf(SimdLevel level) {
     }
 }
 
-SimdLevel capFromEnvironment() {
+}  // namespace
+
+const Kernels kScalarKernels = {SimdLevel::scalar, "scalar", scalarAsciiRun, scalarMapRun,
+                                scalarMapAsciiRun};
+
+SimdLevel simdCapFromEnvironment() {
     const char* value = os::calls().getenv("QARQ_SIMD");
     if (value == nullptr) return SimdLevel::avx512;
     for (int l = 0; l <= int(SimdLevel::avx512); ++l)
         if (std::strcmp(value, simdLevelName(SimdLevel(l))) == 0) return SimdLevel(l);
     return SimdLevel::avx512;
 }
-
-}  // namespace
-
-const Kernels kScalarKernels = {SimdLevel::scalar, "scalar", scalarAsciiRun, scalarMapRun,
-                                scalarMapAsciiRun};
 
 const char* simdLevelName(SimdLevel level) {
     switch (level) {
@@ -127,7 +127,7 @@ const Kernels& kernels() {
     const Kernels* k = active.load(std::memory_order_acquire);
     if (k == nullptr) {
         // Two first calls may race here; both settle the same level.
-        selectSimdLevel(capFromEnvironment());
+        selectSimdLevel(simdCapFromEnvironment());
         k = active.load(std::memory_order_acquire);
     }
     return *k;

@@ -43,6 +43,10 @@ QARQ_API SimdLevel cpuLevel();
 /// processor has, and returns it. Must not overlap conversions.
 QARQ_API SimdLevel selectSimdLevel(SimdLevel cap);
 
+/// The cap that QARQ_SIMD sets: the level it names, or avx512 (no cap) when
+/// it is unset or names no level.
+QARQ_API SimdLevel simdCapFromEnvironment();
+
 /// The name of a level ("scalar", "sse42", "avx2", "avx512").
 QARQ_API const char* simdLevelName(SimdLevel level);
 
