@@ -78,6 +78,48 @@ inline size_t span(const unsigned char* s, const unsigned char* se, const char* 
     return a < b ? a : b;
 }
 
+/// Writes packed form `e` with one four-byte store and returns the next
+/// output position; up to three bytes behind the form are left over.
+inline char* put4(char* out, uint32_t e) {
+    std::memcpy(out, &e, 4);
+    return out + (e >> 24);
+}
+
+/// Every byte through its packed form with no branch: each four-byte store
+/// starts where the last form ended, over what that store left over. Steps
+/// run while at least three source bytes and their room (9 bytes) remain
+/// behind the step, so the plain loop that follows writes at least three
+/// bytes over the last store's leftovers before the conversion can end.
+/// Returns the source position reached; advances `out`.
+inline const unsigned char* formsToUtf8(const uint32_t* t, const uint8_t* b,
+                                        const unsigned char* s, const unsigned char* se,
+                                        char*& out, const char* end) {
+    char* o = out;
+    while (se - s >= 8 + 3 && end - o >= 8 * 3 + 1 + 9) {
+        uint64_t w = uint64_t(b[s[0]]) | uint64_t(b[s[1]]) << 8 | uint64_t(b[s[2]]) << 16 |
+                     uint64_t(b[s[3]]) << 24 | uint64_t(b[s[4]]) << 32 |
+                     uint64_t(b[s[5]]) << 40 | uint64_t(b[s[6]]) << 48 |
+                     uint64_t(b[s[7]]) << 56;
+        if ((w & kHighBits) == 0) {
+            store8(o, w);
+            o += 8;
+            s += 8;
+            continue;
+        }
+        o = put4(o, t[s[0]]);
+        o = put4(o, t[s[1]]);
+        o = put4(o, t[s[2]]);
+        o = put4(o, t[s[3]]);
+        o = put4(o, t[s[4]]);
+        o = put4(o, t[s[5]]);
+        o = put4(o, t[s[6]]);
+        o = put4(o, t[s[7]]);
+        s += 8;
+    }
+    out = o;
+    return s;
+}
+
 /// Single bytes to UTF-8 through the derived table `d`: runs of one-byte
 /// forms go through the level's kernel (for the ASCII family, bytes below
 /// 0x80 are their own form), and each byte with a wider form is written by
@@ -87,6 +129,7 @@ inline char* sbcsToUtf8(const Derived* d, const unsigned char* s, const unsigned
                         char* out, char* end) {
     const Kernels& k = kernels();
     const uint32_t* t = d->toUtf8;
+    if (!kAsciiFamily && k.level != SimdLevel::avx512) s = formsToUtf8(t, d->single, s, se, out, end);
     while (s < se && out < end) {
         size_t n = span(s, se, out, end);
         size_t run = kAsciiFamily ? k.asciiRun(s, n, out) : k.mapRun(d->single, s, n, out);
