@@ -49,6 +49,17 @@ char* vornnls4_ascii_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char*
         if (sourceEnd - s < 2) break;
         if (!put(out, targetEnd, pairs[(s[0] - nls::kPairLeadFirst2) * 256 + s[1]])) break;
         s += 2;
+        // More pairs with three-byte forms (the common ones) follow with
+        // no test of the form's length per pair.
+        while (sourceEnd - s >= 2 && targetEnd - out >= 3 && t[s[0]] == 0) {
+            uint32_t e = pairs[(s[0] - nls::kPairLeadFirst2) * 256 + s[1]];
+            if ((e >> 24) != 3) break;
+            out[0] = char(e);
+            out[1] = char(e >> 8);
+            out[2] = char(e >> 16);
+            out += 3;
+            s += 2;
+        }
     }
     return out;
 }
@@ -147,6 +158,17 @@ char* vornnls4_ascii_dbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned cha
             out += run;
             continue;
         }
+        // Runs of three-byte sequences whose entries are pairs first.
+        while (sourceEnd - s >= 3 && targetEnd - out >= 2 && s[0] >= 0xE0) {
+            uint16_t w = map[(s[0] & 0x0Fu) << 12 | (s[1] & 0x3Fu) << 6 | (s[2] & 0x3Fu)];
+            if (w < 0x100) break;
+            out[0] = char(w >> 8);
+            out[1] = char(w);
+            out += 2;
+            s += 3;
+        }
+        if (!(s < sourceEnd && out < targetEnd)) break;
+        if (*s < 0x80) continue;
         uint32_t v;
         unsigned used = nls::readUtf8(s, sourceEnd, v);
         if (used == 0) break;
