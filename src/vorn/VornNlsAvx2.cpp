@@ -46,8 +46,7 @@ QARQ_AVX2 size_t asciiRun(const unsigned char* s, size_t n, char* out) {
 // Table lookups at this width (16 shuffles a step for 256 entries) were
 // slower than the scalar eight-byte steps on host text, where a wider form
 // every 50 bytes or so ends a step early; the scalar kernels serve instead.
-const Kernels kAvx2Kernels = {SimdLevel::avx2, "avx2", asciiRun, scalarMapRun,
-                                 scalarMapAsciiRun};
+const Kernels kAvx2Kernels = {SimdLevel::avx2, "avx2", asciiRun, scalarMapRun, scalarMapAsciiRun};
 
 }  // namespace qarq::vorn::nls
 

@@ -13,7 +13,9 @@
 namespace qarq::vorn::nls {
 namespace {
 
-QARQ_AVX512 inline __m512i load(const void* p) { return _mm512_loadu_si512(p); }
+QARQ_AVX512 inline __m512i load(const void* p) {
+    return _mm512_loadu_si512(p);
+}
 
 // The first j bytes of `v` to `out` (j < 64), by a masked store.
 QARQ_AVX512 inline void storePart(char* out, __m512i v, unsigned j) {
@@ -36,7 +38,8 @@ QARQ_AVX512 size_t asciiRun(const unsigned char* s, size_t n, char* out) {
 }
 
 QARQ_AVX512 size_t mapRun(const uint8_t* t, const unsigned char* s, size_t n, char* out) {
-    if (n < 64) return scalarMapRun(t, s, n, out);
+    if (n < 64)
+        return scalarMapRun(t, s, n, out);
     const __m512i t0 = load(t), t1 = load(t + 64), t2 = load(t + 128), t3 = load(t + 192);
     const __m512i marker = _mm512_set1_epi8(char(0x80));
     size_t k = 0;
@@ -58,7 +61,8 @@ QARQ_AVX512 size_t mapRun(const uint8_t* t, const unsigned char* s, size_t n, ch
 }
 
 QARQ_AVX512 size_t mapAsciiRun(const uint8_t* t, const unsigned char* s, size_t n, char* out) {
-    if (n < 64) return scalarMapAsciiRun(t, s, n, out);
+    if (n < 64)
+        return scalarMapAsciiRun(t, s, n, out);
     const __m512i t0 = load(t), t1 = load(t + 64);
     size_t k = 0;
     for (; n - k >= 64; k += 64) {

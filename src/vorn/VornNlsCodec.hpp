@@ -1,6 +1,6 @@
 // Inline pieces shared by the conversion engines: reading one UTF-8
-// character by the engines' lenient rule, writing one packed UTF-8 form, and
-// eight-byte blocks for the fast paths.
+// character by the engines' lenient rule, writing packed UTF-8 forms, and
+// single bytes to UTF-8 through the level's kernels.
 #pragma once
 
 #include <cstdint>
@@ -12,14 +12,6 @@
 namespace qarq::vorn::nls {
 
 constexpr uint64_t kHighBits = 0x8080808080808080ull;
-// Set in a packed form of two or three bytes.
-constexpr uint32_t kMultiByte = 0x02000000u;
-
-inline uint64_t load8(const unsigned char* p) {
-    uint64_t w;
-    std::memcpy(&w, p, 8);
-    return w;
-}
 inline void store8(char* p, uint64_t w) { std::memcpy(p, &w, 8); }
 
 /// Writes packed form `e` when all of it fits before `end` (out < end is

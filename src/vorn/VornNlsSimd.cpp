@@ -25,10 +25,12 @@ size_t scalarAsciiRun(const unsigned char* s, size_t n, char* out) {
     size_t k = 0;
     for (; n - k >= 8; k += 8) {
         uint64_t w = load8(s + k);
-        if ((w & kHigh) != 0) break;
+        if ((w & kHigh) != 0)
+            break;
         std::memcpy(out + k, &w, 8);
     }
-    for (; k < n && s[k] < 0x80; ++k) out[k] = char(s[k]);
+    for (; k < n && s[k] < 0x80; ++k)
+        out[k] = char(s[k]);
     return k;
 }
 
@@ -37,14 +39,15 @@ size_t scalarMapRun(const uint8_t* t, const unsigned char* s, size_t n, char* ou
     for (; n - k >= 8; k += 8) {
         const unsigned char* p = s + k;
         uint64_t w = uint64_t(t[p[0]]) | uint64_t(t[p[1]]) << 8 | uint64_t(t[p[2]]) << 16 |
-                     uint64_t(t[p[3]]) << 24 | uint64_t(t[p[4]]) << 32 |
-                     uint64_t(t[p[5]]) << 40 | uint64_t(t[p[6]]) << 48 |
-                     uint64_t(t[p[7]]) << 56;
+                     uint64_t(t[p[3]]) << 24 | uint64_t(t[p[4]]) << 32 | uint64_t(t[p[5]]) << 40 |
+                     uint64_t(t[p[6]]) << 48 | uint64_t(t[p[7]]) << 56;
         // The marker 0x80 is the only entry with the top bit.
-        if ((w & kHigh) != 0) break;
+        if ((w & kHigh) != 0)
+            break;
         std::memcpy(out + k, &w, 8);
     }
-    for (; k < n && t[s[k]] != 0x80; ++k) out[k] = char(t[s[k]]);
+    for (; k < n && t[s[k]] != 0x80; ++k)
+        out[k] = char(t[s[k]]);
     return k;
 }
 
@@ -52,14 +55,15 @@ size_t scalarMapAsciiRun(const uint8_t* t, const unsigned char* s, size_t n, cha
     size_t k = 0;
     for (; n - k >= 8; k += 8) {
         const unsigned char* p = s + k;
-        if ((load8(p) & kHigh) != 0) break;
+        if ((load8(p) & kHigh) != 0)
+            break;
         uint64_t w = uint64_t(t[p[0]]) | uint64_t(t[p[1]]) << 8 | uint64_t(t[p[2]]) << 16 |
-                     uint64_t(t[p[3]]) << 24 | uint64_t(t[p[4]]) << 32 |
-                     uint64_t(t[p[5]]) << 40 | uint64_t(t[p[6]]) << 48 |
-                     uint64_t(t[p[7]]) << 56;
+                     uint64_t(t[p[3]]) << 24 | uint64_t(t[p[4]]) << 32 | uint64_t(t[p[5]]) << 40 |
+                     uint64_t(t[p[6]]) << 48 | uint64_t(t[p[7]]) << 56;
         std::memcpy(out + k, &w, 8);
     }
-    for (; k < n && s[k] < 0x80; ++k) out[k] = char(t[s[k]]);
+    for (; k < n && s[k] < 0x80; ++k)
+        out[k] = char(t[s[k]]);
     return k;
 }
 
@@ -70,11 +74,15 @@ std::atomic<const Kernels*> active{nullptr};
 const Kernels& kernelsOf(SimdLevel level) {
     switch (level) {
 #ifdef QARQ_NLS_X86
-    case SimdLevel::avx512: return kAvx512Kernels;
-    case SimdLevel::avx2: return kAvx2Kernels;
-    case SimdLevel::sse42: return kSse42Kernels;
+        case SimdLevel::avx512:
+            return kAvx512Kernels;
+        case SimdLevel::avx2:
+            return kAvx2Kernels;
+        case SimdLevel::sse42:
+            return kSse42Kernels;
 #endif
-    default: return kScalarKernels;
+        default:
+            return kScalarKernels;
     }
 }
 
@@ -85,18 +93,24 @@ const Kernels kScalarKernels = {SimdLevel::scalar, "scalar", scalarAsciiRun, sca
 
 SimdLevel simdCapFromEnvironment() {
     const char* value = os::calls().getenv("QARQ_SIMD");
-    if (value == nullptr) return SimdLevel::avx512;
+    if (value == nullptr)
+        return SimdLevel::avx512;
     for (int l = 0; l <= int(SimdLevel::avx512); ++l)
-        if (std::strcmp(value, simdLevelName(SimdLevel(l))) == 0) return SimdLevel(l);
+        if (std::strcmp(value, simdLevelName(SimdLevel(l))) == 0)
+            return SimdLevel(l);
     return SimdLevel::avx512;
 }
 
 const char* simdLevelName(SimdLevel level) {
     switch (level) {
-    case SimdLevel::sse42: return "sse42";
-    case SimdLevel::avx2: return "avx2";
-    case SimdLevel::avx512: return "avx512";
-    default: return "scalar";
+        case SimdLevel::sse42:
+            return "sse42";
+        case SimdLevel::avx2:
+            return "avx2";
+        case SimdLevel::avx512:
+            return "avx512";
+        default:
+            return "scalar";
     }
 }
 
@@ -107,8 +121,10 @@ SimdLevel cpuLevel() {
         if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
             __builtin_cpu_supports("avx512vbmi"))
             return SimdLevel::avx512;
-        if (__builtin_cpu_supports("avx2")) return SimdLevel::avx2;
-        if (__builtin_cpu_supports("sse4.2")) return SimdLevel::sse42;
+        if (__builtin_cpu_supports("avx2"))
+            return SimdLevel::avx2;
+        if (__builtin_cpu_supports("sse4.2"))
+            return SimdLevel::sse42;
         return SimdLevel::scalar;
     }();
     return level;
@@ -135,4 +151,6 @@ const Kernels& kernels() {
 
 }  // namespace qarq::vorn::nls
 
-extern "C" const char* VornNlsSimdLevel(void) { return qarq::vorn::nls::kernels().name; }
+extern "C" const char* VornNlsSimdLevel(void) {
+    return qarq::vorn::nls::kernels().name;
+}

@@ -47,7 +47,7 @@ QARQ_SSE42 size_t asciiRun(const unsigned char* s, size_t n, char* out) {
 // slower than the scalar eight-byte steps on host text, where a wider form
 // every 50 bytes or so ends a step early; the scalar kernels serve instead.
 const Kernels kSse42Kernels = {SimdLevel::sse42, "sse42", asciiRun, scalarMapRun,
-                                 scalarMapAsciiRun};
+                               scalarMapAsciiRun};
 
 }  // namespace qarq::vorn::nls
 

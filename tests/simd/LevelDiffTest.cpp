@@ -39,12 +39,14 @@ const std::vector<Table>& tables() {
         auto* t = new std::vector<Table>;
         {
             qarq::test::CodesetTree tree;
-            for (const auto& e : std::filesystem::directory_iterator(
-                     std::string(QARQ_SHARE_DIR) + "/codeset")) {
+            for (const auto& e :
+                 std::filesystem::directory_iterator(std::string(QARQ_SHARE_DIR) + "/codeset")) {
                 std::string name = e.path().filename().string();
-                if (name == "aliases" || name == "DEFAULT") continue;
+                if (name == "aliases" || name == "DEFAULT")
+                    continue;
                 Record cs(vornnls2_cs_new(name.c_str()));
-                if (cs != nullptr && cs->table != nullptr) t->push_back({name, std::move(cs)});
+                if (cs != nullptr && cs->table != nullptr)
+                    t->push_back({name, std::move(cs)});
             }
         }
         std::mt19937 rng(11);
@@ -74,10 +76,13 @@ std::string nativeText(const VornNlsCodeSet* cs, std::mt19937& rng, size_t n) {
                           : char(0x20 + rng() % 0x5F);
         } else if (r < 6 && cs->kind == 4) {
             s += '\x0E';
-            for (size_t i = 0; i < run; ++i) s += char(0x41 + rng() % 0xBE), s += char(rng());
-            if (rng() % 4 != 0) s += '\x0F';
+            for (size_t i = 0; i < run; ++i)
+                s += char(0x41 + rng() % 0xBE), s += char(rng());
+            if (rng() % 4 != 0)
+                s += '\x0F';
         } else {
-            for (size_t i = 0; i < run; ++i) s += char(rng());
+            for (size_t i = 0; i < run; ++i)
+                s += char(rng());
         }
     }
     return s;
@@ -122,7 +127,8 @@ std::string utf8Text(std::mt19937& rng, size_t n) {
 std::string hex(const std::string& s) {
     static const char digits[] = "0123456789ABCDEF";
     std::string h;
-    for (unsigned char c : s) h += digits[c >> 4], h += digits[c & 15], h += ' ';
+    for (unsigned char c : s)
+        h += digits[c >> 4], h += digits[c & 15], h += ' ';
     return h;
 }
 
@@ -134,33 +140,34 @@ std::string hex(const std::string& s) {
     unsigned n = toUtf8 ? vornnls3_tis_to_utf8(cs, in.data(), int(in.size()), got.data(), room)
                         : vornnls3_tis_from_utf8(cs, in.data(), int(in.size()), got.data(), room);
     unsigned m = qarq::test::ref::convert(cs, in.data(), int(in.size()), want.data(), room, toUtf8);
-    if (n == m && got == want) return ::testing::AssertionSuccess();
+    if (n == m && got == want)
+        return ::testing::AssertionSuccess();
     return ::testing::AssertionFailure()
-           << (toUtf8 ? "to" : "from") << " UTF-8, room " << room << ": count " << n
-           << " against " << m << "\n input " << hex(in) << "\n got  "
-           << hex(std::string(got.begin(), got.end())) << "\n want "
-           << hex(std::string(want.begin(), want.end()));
+           << (toUtf8 ? "to" : "from") << " UTF-8, room " << room << ": count " << n << " against "
+           << m << "\n input " << hex(in) << "\n got  " << hex(std::string(got.begin(), got.end()))
+           << "\n want " << hex(std::string(want.begin(), want.end()));
 }
 
 // Uses one level for the life of the object, then the level of before.
 class ScopedLevel {
-public:
+  public:
     explicit ScopedLevel(SimdLevel level) : before_(VornNlsSimdLevel()) {
         used_ = nls::selectSimdLevel(level);
     }
     ~ScopedLevel() {
         for (int l = 0; l <= int(SimdLevel::avx512); ++l)
-            if (before_ == nls::simdLevelName(SimdLevel(l))) nls::selectSimdLevel(SimdLevel(l));
+            if (before_ == nls::simdLevelName(SimdLevel(l)))
+                nls::selectSimdLevel(SimdLevel(l));
     }
     SimdLevel used() const { return used_; }
 
-private:
+  private:
     std::string before_;
     SimdLevel used_;
 };
 
 class Levels : public ::testing::TestWithParam<SimdLevel> {
-protected:
+  protected:
     void SetUp() override {
         if (int(nls::cpuLevel()) < int(GetParam()))
             GTEST_SKIP() << "this processor lacks " << nls::simdLevelName(GetParam())
@@ -180,12 +187,13 @@ TEST_P(Levels, EveryEngineMatchesTheReferenceOnRandomInput) {
         for (int i = 0; i < 120; ++i) {
             const bool toUtf8 = i % 2 == 0;
             size_t n = i % 3 == 0 ? rng() % 40 : rng() % 600;
-            std::string in = i % 5 == 4     ? nativeText(t.record.get(), rng, n)
+            std::string in = i % 5 == 4   ? nativeText(t.record.get(), rng, n)
                              : i % 5 == 3 ? utf8Text(rng, n)
                              : toUtf8     ? nativeText(t.record.get(), rng, n)
                                           : utf8Text(rng, n);
             if (i % 7 == 0)
-                for (auto& c : in) c = char(rng());
+                for (auto& c : in)
+                    c = char(rng());
             // A random cut: inside a vector step, a character or a pair.
             in.resize(n == 0 ? 0 : rng() % (n + 1));
             unsigned room = rng() % 4 == 0 ? unsigned(3 * in.size() + 1)
@@ -198,7 +206,7 @@ TEST_P(Levels, EveryEngineMatchesTheReferenceOnRandomInput) {
 // A block of pages whose last page is unmapped: what ends at end() ends at
 // the edge of the mapping.
 class GuardedPages {
-public:
+  public:
     explicit GuardedPages(size_t bytes) {
         page_ = size_t(sysconf(_SC_PAGESIZE));
         size_ = (bytes + page_ - 1) / page_ * page_ + page_;
@@ -210,14 +218,15 @@ public:
         }
     }
     ~GuardedPages() {
-        if (base_ != nullptr) munmap(base_, size_);
+        if (base_ != nullptr)
+            munmap(base_, size_);
     }
     GuardedPages(const GuardedPages&) = delete;
     GuardedPages& operator=(const GuardedPages&) = delete;
     bool ok() const { return base_ != nullptr; }
     char* end() const { return base_ + size_ - page_; }
 
-private:
+  private:
     char* base_;
     size_t page_, size_;
 };
