@@ -4,7 +4,9 @@
 #include <cstring>
 
 #include "qarq/base/Os.hpp"
+#include "qarq/ras/HeskTrace.hpp"
 #include "qarq/vorn/VornNlsSimd.hpp"
+#include "vorn/VornTrace.hpp"
 
 namespace qarq::vorn::nls {
 namespace {
@@ -152,5 +154,9 @@ const Kernels& kernels() {
 }  // namespace qarq::vorn::nls
 
 extern "C" const char* VornNlsSimdLevel(void) {
-    return qarq::vorn::nls::kernels().name;
+    QARQ_TRACE_POINT(qarq::vorn::traceControl(), HESK_TRACE_ENTRY, "VornNlsSimdLevel");
+    const char* name = qarq::vorn::nls::kernels().name;
+    QARQ_TRACE_POINT(qarq::vorn::traceControl(), HESK_TRACE_EXIT, "VornNlsSimdLevel",
+                     qarq::ras::pair(name));
+    return name;
 }
