@@ -5,6 +5,9 @@
 // letters (37, 1252); Japanese with kanji, kana and ASCII words (930).
 // ICU runs ucnv_convertEx with a reused pivot buffer and ucnv_toAlgorithmic /
 // ucnv_fromAlgorithmic; docs/performance.md compares with the faster one.
+// The engines run at each instruction-set level the processor has (the
+// level is set at the start of each benchmark), and pure ASCII through 1252
+// is compared with memcpy of the same text.
 #include <benchmark/benchmark.h>
 #include <iconv.h>
 
@@ -15,6 +18,7 @@
 
 #include "qarq/vorn/vornnls2.hpp"
 #include "qarq/vorn/vornnls3.hpp"
+#include "vorn/VornNlsSimd.hpp"
 #include "vorn/VornNlsTable.hpp"
 
 #ifdef QARQ_HAVE_ICU
@@ -113,6 +117,7 @@ struct Table {
 };
 
 struct Case {
+    const char* name;
     const char* table;
     const char* iconvName;
     const char* icuName;
@@ -122,23 +127,37 @@ struct Case {
 
 Case& find(const char* table) {
     static std::vector<Case> cases = [] {
-        std::vector<Case> c = {{"37", "CP037", "cp037", false, {}, {}},
-                               {"1252", "CP1252", "windows-1252", false, {}, {}},
-                               {"930", "CP930", "cp930", true, {}, {}}};
+        std::vector<Case> c = {{"37", "37", "CP037", "cp037", false, {}, {}},
+                               {"1252", "1252", "CP1252", "windows-1252", false, {}, {}},
+                               {"ascii", "1252", "CP1252", "windows-1252", false, {}, {}},
+                               {"930", "930", "CP930", "cp930", true, {}, {}}};
         for (Case& k : c) {
             k.utf8Text = k.japanese ? japanese() : prose();
+            if (std::strcmp(k.name, "ascii") == 0) {
+                std::string plain;
+                for (char ch : k.utf8Text)
+                    if ((ch & 0x80) == 0) plain += ch;
+                k.utf8Text = plain;
+            }
             k.codeText = viaIconv(k.utf8Text, k.iconvName, "UTF-8");
         }
         return c;
     }();
     for (Case& k : cases)
-        if (std::strcmp(k.table, table) == 0) return k;
+        if (std::strcmp(k.name, table) == 0) return k;
     return cases[0];
 }
 
-void qarqConvert(benchmark::State& state, const char* table, bool toUtf8) {
+void qarqConvert(benchmark::State& state, const char* table, bool toUtf8,
+                 qarq::vorn::nls::SimdLevel level) {
+    namespace nls = qarq::vorn::nls;
+    if (int(nls::cpuLevel()) < int(level)) {
+        state.SkipWithError("the processor lacks this level");
+        return;
+    }
+    nls::selectSimdLevel(level);
     static Table t37("37"), t1252("1252"), t930("930");
-    Table& t = std::strcmp(table, "37") == 0 ? t37 : std::strcmp(table, "1252") == 0 ? t1252 : t930;
+    Table& t = std::strcmp(table, "37") == 0 ? t37 : std::strcmp(table, "930") == 0 ? t930 : t1252;
     if (t.cs.table == nullptr) {
         state.SkipWithError("table not built");
         return;
@@ -231,8 +250,8 @@ void icuAlgorithmic(benchmark::State& state, const char* table, bool toUtf8) {
 }
 #endif
 
-void memcpyBaseline(benchmark::State& state) {
-    const std::string& in = find("37").utf8Text;
+void memcpyBaseline(benchmark::State& state, const char* table) {
+    const std::string& in = find(table).utf8Text;
     std::string out(in.size(), '\0');
     for (auto _ : state) {
         std::memcpy(out.data(), in.data(), in.size());
@@ -241,8 +260,15 @@ void memcpyBaseline(benchmark::State& state) {
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(in.size()));
 }
 
-#define QARQ_NLS_CASE(name, table, toUtf8)                                         \
-    BENCHMARK_CAPTURE(qarqConvert, name, table, toUtf8);                           \
+#define QARQ_NLS_CASE(name, table, toUtf8)                                                \
+    BENCHMARK_CAPTURE(qarqConvert, name##_scalar, table, toUtf8,                          \
+                      qarq::vorn::nls::SimdLevel::scalar);                                \
+    BENCHMARK_CAPTURE(qarqConvert, name##_sse42, table, toUtf8,                           \
+                      qarq::vorn::nls::SimdLevel::sse42);                                 \
+    BENCHMARK_CAPTURE(qarqConvert, name##_avx2, table, toUtf8,                            \
+                      qarq::vorn::nls::SimdLevel::avx2);                                  \
+    BENCHMARK_CAPTURE(qarqConvert, name##_avx512, table, toUtf8,                          \
+                      qarq::vorn::nls::SimdLevel::avx512);                                \
     BENCHMARK_CAPTURE(iconvConvert, name, table, toUtf8);                          \
     QARQ_NLS_ICU(name, table, toUtf8)
 
@@ -260,7 +286,20 @@ QARQ_NLS_CASE(cp1252_to_utf8, "1252", true)
 QARQ_NLS_CASE(utf8_to_cp1252, "1252", false)
 QARQ_NLS_CASE(cp930_to_utf8, "930", true)
 QARQ_NLS_CASE(utf8_to_cp930, "930", false)
-BENCHMARK(memcpyBaseline);
+BENCHMARK_CAPTURE(qarqConvert, ascii_to_utf8_scalar, "ascii", true,
+                  qarq::vorn::nls::SimdLevel::scalar);
+BENCHMARK_CAPTURE(qarqConvert, ascii_to_utf8_avx2, "ascii", true,
+                  qarq::vorn::nls::SimdLevel::avx2);
+BENCHMARK_CAPTURE(qarqConvert, ascii_to_utf8_avx512, "ascii", true,
+                  qarq::vorn::nls::SimdLevel::avx512);
+BENCHMARK_CAPTURE(qarqConvert, utf8_to_ascii_scalar, "ascii", false,
+                  qarq::vorn::nls::SimdLevel::scalar);
+BENCHMARK_CAPTURE(qarqConvert, utf8_to_ascii_avx2, "ascii", false,
+                  qarq::vorn::nls::SimdLevel::avx2);
+BENCHMARK_CAPTURE(qarqConvert, utf8_to_ascii_avx512, "ascii", false,
+                  qarq::vorn::nls::SimdLevel::avx512);
+BENCHMARK_CAPTURE(memcpyBaseline, prose, "37");
+BENCHMARK_CAPTURE(memcpyBaseline, ascii, "ascii");
 
 }  // namespace
 

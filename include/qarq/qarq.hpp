@@ -31,6 +31,7 @@
 #include "qarq/vorn/vornnls2.hpp"
 #include "qarq/vorn/vornnls3.hpp"
 #include "qarq/vorn/vornnls6.hpp"
+#include "qarq/vorn/VornNlsSimd.hpp"
 #include "qarq/vorn/VornDbcs.hpp"
 #include "qarq/vorn/VornDbcsCompare.hpp"
 #include "qarq/vorn/VornNlsPEng.hpp"

@@ -1,6 +1,6 @@
 // Inline pieces shared by the conversion engines: reading one UTF-8
-// character by the engines' lenient rule, writing one packed UTF-8 form, and
-// eight-byte blocks for the fast paths.
+// character by the engines' lenient rule, writing packed UTF-8 forms, and
+// single bytes to UTF-8 through the level's kernels.
 #pragma once
 
 #include <cstdint>
@@ -12,14 +12,6 @@
 namespace qarq::vorn::nls {
 
 constexpr uint64_t kHighBits = 0x8080808080808080ull;
-// Set in a packed form of two or three bytes.
-constexpr uint32_t kMultiByte = 0x02000000u;
-
-inline uint64_t load8(const unsigned char* p) {
-    uint64_t w;
-    std::memcpy(&w, p, 8);
-    return w;
-}
 inline void store8(char* p, uint64_t w) { std::memcpy(p, &w, 8); }
 
 /// Writes packed form `e` when all of it fits before `end` (out < end is
@@ -71,56 +63,75 @@ inline uint16_t toFirst(const VornNlsCodeSet* cs, unsigned b) {
 
 namespace qarq::vorn::nls {
 
+/// The smaller of the source left and the room left: what a kernel may use.
+inline size_t span(const unsigned char* s, const unsigned char* se, const char* out,
+                   const char* end) {
+    size_t a = size_t(se - s), b = size_t(end - out);
+    return a < b ? a : b;
+}
+
 /// Writes packed form `e` with one four-byte store and returns the next
-/// output position. The store may put up to three bytes of garbage behind
-/// the character; the callers only use it where at least three more source
-/// bytes follow, each of which writes a whole character of at least one
-/// byte over that garbage before the conversion can end (see sbcsToUtf8).
+/// output position; up to three bytes behind the form are left over.
 inline char* put4(char* out, uint32_t e) {
     std::memcpy(out, &e, 4);
     return out + (e >> 24);
 }
 
-/// Single bytes through the derived table `d`, eight at a time: the eight
-/// one-byte forms (for the ASCII family, bytes below 0x80 are their own) are
-/// stored at once, and where a byte has a wider form the step ends at it and
-/// writes it with put4. Every source byte writes at least one byte, so what
-/// the eight-byte store or put4 leaves behind the output (at most 7 - k
-/// bytes when the wider byte is the k-th) is covered by the bytes of the
-/// at least 10 - k source bytes that follow, for which the room is there;
-/// the count returned never includes it, and nothing is left behind it.
-template <bool kAsciiRuns>
-inline char* sbcsToUtf8(const Derived* d, const unsigned char* s, const unsigned char* se,
-                        char* out, char* end) {
-    if (kAsciiRuns && haveAvx2()) asciiSbcsToUtf8Avx2(d, s, se, out, end);
-    const uint32_t* t = d->toUtf8;
-    const uint8_t* b = d->single;
-    while (se - s >= 8 + 3 && end - out >= 8 * 3 + 1 + 9) {
-        uint64_t w;
-        if (kAsciiRuns) {
-            w = load8(s);
-        } else {
-            // A wider form shows as 0x80 in the byte table.
-            w = uint64_t(b[s[0]]) | uint64_t(b[s[1]]) << 8 | uint64_t(b[s[2]]) << 16 |
-                uint64_t(b[s[3]]) << 24 | uint64_t(b[s[4]]) << 32 | uint64_t(b[s[5]]) << 40 |
-                uint64_t(b[s[6]]) << 48 | uint64_t(b[s[7]]) << 56;
-        }
-        store8(out, w);
-        uint64_t wide = w & kHighBits;
-        if (wide == 0) {
+/// Every byte through its packed form with no branch: each four-byte store
+/// starts where the last form ended, over what that store left over. Steps
+/// run while at least three source bytes and their room (9 bytes) remain
+/// behind the step, so the plain loop that follows writes at least three
+/// bytes over the last store's leftovers before the conversion can end.
+/// Returns the source position reached; advances `out`.
+inline const unsigned char* formsToUtf8(const uint32_t* t, const uint8_t* b,
+                                        const unsigned char* s, const unsigned char* se,
+                                        char*& out, const char* end) {
+    char* o = out;
+    while (se - s >= 8 + 3 && end - o >= 8 * 3 + 1 + 9) {
+        uint64_t w = uint64_t(b[s[0]]) | uint64_t(b[s[1]]) << 8 | uint64_t(b[s[2]]) << 16 |
+                     uint64_t(b[s[3]]) << 24 | uint64_t(b[s[4]]) << 32 |
+                     uint64_t(b[s[5]]) << 40 | uint64_t(b[s[6]]) << 48 |
+                     uint64_t(b[s[7]]) << 56;
+        if ((w & kHighBits) == 0) {
+            store8(o, w);
+            o += 8;
             s += 8;
-            out += 8;
             continue;
         }
-        unsigned k = unsigned(__builtin_ctzll(wide)) / 8;
-        s += k;
-        out += k;
-        out = put4(out, t[*s++]);
+        o = put4(o, t[s[0]]);
+        o = put4(o, t[s[1]]);
+        o = put4(o, t[s[2]]);
+        o = put4(o, t[s[3]]);
+        o = put4(o, t[s[4]]);
+        o = put4(o, t[s[5]]);
+        o = put4(o, t[s[6]]);
+        o = put4(o, t[s[7]]);
+        s += 8;
     }
-    while (se - s >= 1 + 3 && end - out >= 4 + 9) out = put4(out, t[*s++]);
+    out = o;
+    return s;
+}
+
+/// Single bytes to UTF-8 through the derived table `d`: runs of one-byte
+/// forms go through the level's kernel (for the ASCII family, bytes below
+/// 0x80 are their own form), and each byte with a wider form is written by
+/// the plain rule.
+template <bool kAsciiFamily>
+inline char* sbcsToUtf8(const Derived* d, const unsigned char* s, const unsigned char* se,
+                        char* out, char* end) {
+    const Kernels& k = kernels();
+    const uint32_t* t = d->toUtf8;
+    if (!kAsciiFamily && k.level != SimdLevel::avx512) s = formsToUtf8(t, d->single, s, se, out, end);
     while (s < se && out < end) {
-        if (!put(out, end, t[*s])) return out;
-        ++s;
+        size_t n = span(s, se, out, end);
+        size_t run = kAsciiFamily ? k.asciiRun(s, n, out) : k.mapRun(d->single, s, n, out);
+        s += run;
+        out += run;
+        // What stopped the kernel, and any like it that follow.
+        while (s < se && out < end && (kAsciiFamily ? *s >= 0x80 : d->single[*s] == 0x80)) {
+            if (!put(out, end, t[*s])) return out;
+            ++s;
+        }
     }
     return out;
 }

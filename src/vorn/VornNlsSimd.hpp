@@ -1,26 +1,67 @@
-// Vector kernels of the engines, chosen at run time for the processor.
+// Kernels of the engines per instruction-set level, and the level in use.
 //
-// Each kernel converts a prefix of its input and returns how far it got; the
-// scalar engine goes on from there with exactly the same rules, so a
-// processor without the instructions (or another architecture) gives the
-// same bytes, only slower.
+// A kernel converts the longest prefix of [s, s + n) that is a run of
+// one-byte-to-one-byte characters and returns its length k: either k == n,
+// or s[k] is the first byte that the kernel leaves to the engine. It writes
+// exactly out[0, k) and reads only [s, s + n), so the caller passes n no
+// larger than both the source and the room left. The engine handles the
+// byte at s[k] by its plain rule and calls the kernel again.
+//
+// The scalar kernels are always there; the vector ones exist on x86-64
+// only, each compiled for its level by target attributes, so the library
+// runs on any x86-64 and uses a level only when the processor reports it.
 #pragma once
 
-#include "vorn/VornNlsTable.hpp"
+#include <cstddef>
+#include <cstdint>
+
+#include "qarq/export.hpp"
 
 namespace qarq::vorn::nls {
 
-/// True when the AVX2 kernels may run on this processor.
-bool haveAvx2();
+enum class SimdLevel : int { scalar = 0, sse42 = 1, avx2 = 2, avx512 = 3 };
 
-/// ASCII-family single bytes to UTF-8 through `d`: runs of bytes below 0x80
-/// are copied 32 at a time, other bytes go through the packed table. Runs
-/// while at least 64 source bytes and room for 224 output bytes are left at
-/// the start of a step, so that at least 32 source bytes follow the last
-/// step. Its stores may leave up to 32 bytes of garbage behind the output;
-/// those following source bytes, each of which writes at least one byte,
-/// cover it before the engine can stop. Advances `s` and `out`.
-void asciiSbcsToUtf8Avx2(const Derived* d, const unsigned char*& s, const unsigned char* se,
-                         char*& out, const char* end);
+struct Kernels {
+    SimdLevel level;
+    const char* name;
+    /// Copies bytes below 0x80; stops at one from 0x80 up.
+    size_t (*asciiRun)(const unsigned char* s, size_t n, char* out);
+    /// Writes table[b] for each byte b; stops at a byte whose entry is 0x80.
+    size_t (*mapRun)(const uint8_t* table, const unsigned char* s, size_t n, char* out);
+    /// Writes table[b] for each byte b below 0x80 (a 128-byte table); stops
+    /// at a byte from 0x80 up.
+    size_t (*mapAsciiRun)(const uint8_t* table, const unsigned char* s, size_t n, char* out);
+};
+
+/// The kernels in use (settled at the first call).
+const Kernels& kernels();
+
+/// The highest level this processor can run.
+QARQ_API SimdLevel cpuLevel();
+
+/// For tests and benchmarks: uses the highest level not above `cap` that the
+/// processor has, and returns it. Must not overlap conversions.
+QARQ_API SimdLevel selectSimdLevel(SimdLevel cap);
+
+/// The cap that QARQ_SIMD sets: the level it names, or avx512 (no cap) when
+/// it is unset or names no level.
+QARQ_API SimdLevel simdCapFromEnvironment();
+
+/// The name of a level ("scalar", "sse42", "avx2", "avx512").
+QARQ_API const char* simdLevelName(SimdLevel level);
+
+// The scalar kernels, also the tails of the vector ones.
+size_t scalarAsciiRun(const unsigned char* s, size_t n, char* out);
+size_t scalarMapRun(const uint8_t* table, const unsigned char* s, size_t n, char* out);
+size_t scalarMapAsciiRun(const uint8_t* table, const unsigned char* s, size_t n, char* out);
+
+// The kernel sets of each level (defined in their own files on x86-64).
+extern const Kernels kScalarKernels;
+#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+#define QARQ_NLS_X86 1
+extern const Kernels kSse42Kernels;
+extern const Kernels kAvx2Kernels;
+extern const Kernels kAvx512Kernels;
+#endif
 
 }  // namespace qarq::vorn::nls

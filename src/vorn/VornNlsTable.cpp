@@ -141,8 +141,8 @@ const char* validateImage(const unsigned char* image, size_t size) {
 size_t derivedSize(const unsigned char* image) {
     switch (rd16(image + kOffKind)) {
     case 1: return sizeof(Derived) + 65536;
-    case 2:
-    case 4: return sizeof(Derived) + 2 * 65536;
+    case 2: return sizeof(Derived) + 2 * 65536 + 4 * 256 * kPairLeads2;
+    case 4: return sizeof(Derived) + 2 * 65536 + 4 * 256 * kPairLeads4;
     default: return sizeof(Derived);
     }
 }
@@ -176,6 +176,11 @@ void buildDerived(const unsigned char* image, size_t size, void* out) {
         d->toUtf8[b] = e;
         d->single[b] = (e >> 24) == 1 ? uint8_t(e) : 0x80;
     }
+    // The shift-out ends a run of single bytes of kind 4 like a wider form.
+    if (kind == 4) d->single[0x0E] = 0x80;
+    d->asciiFromOk = 0;
+    for (unsigned b = 0; b < 128; ++b) d->asciiFrom[b] = uint8_t(b);
+    std::memset(d->asciiFromMarked, 0x80, sizeof d->asciiFromMarked);
     if (kind == 1) {
         auto* map = reinterpret_cast<uint8_t*>(d + 1);
         const uint8_t subByte = image[kOffSubByte];
@@ -186,12 +191,34 @@ void buildDerived(const unsigned char* image, size_t size, void* out) {
             if (byte == subByte && (v != subUnicode || v == 0xFFFF)) byte = question;
             map[v] = byte;
         }
+        std::memcpy(d->asciiFrom, map, 128);
+        d->asciiFromOk = 1;
     } else if (kind == 2 || kind == 4) {
         auto* map = reinterpret_cast<uint16_t*>(d + 1);
         const uint16_t question = kind == 4 ? 0x6F : 0x3F;
         for (unsigned v = 0; v < 65536; ++v) {
             uint16_t w = rd16(c.at(c.fromPage(v >> 8)) + 2 * (v & 0xFF));
             map[v] = w == 0xFFFF ? question : w;
+        }
+        if (kind == 4) {
+            d->asciiFromOk = 1;
+            for (unsigned v = 0; v < 128; ++v) {
+                const bool plain = map[v] < 0x100 && map[v] != 0x0E;
+                d->asciiFromMarked[v] = plain ? uint8_t(map[v]) : 0x80;
+                if (map[v] == 0x80) d->asciiFromOk = 0;
+            }
+        }
+        const unsigned first = kind == 2 ? kPairLeadFirst2 : kPairLeadFirst4;
+        const unsigned leads = kind == 2 ? kPairLeads2 : kPairLeads4;
+        auto* pairs = reinterpret_cast<uint32_t*>(map + 65536);
+        for (unsigned i = 0; i < leads; ++i) {
+            const unsigned lead = first + i;
+            // Kind 2 reads rows only of lead bytes (class 2); the others
+            // are never looked up and stay empty.
+            const bool row = kind == 4 || c.byteClass(lead) == 2;
+            const unsigned char* r = row ? c.at(c.toFirst(lead)) : nullptr;
+            for (unsigned second = 0; second < 256; ++second)
+                pairs[i * 256 + second] = row ? packUtf8(rd16(r + 2 * second)) : 0;
         }
     }
 }

@@ -7,11 +7,13 @@
 // entry from 0x80 up is 0. The loader then appends derived lookup data to
 // the same block, behind the image (aligned to 16 bytes), so that freeing the
 // image frees everything:
-//   all kinds 1-4: 256 packed UTF-8 forms of single bytes and their one-byte
-//                  forms (1.3 KiB)
+//   all kinds 1-4: 256 packed UTF-8 forms of single bytes, their one-byte
+//                  forms and the one-byte forms of ASCII from UTF-8 (1.4 KiB)
 //   kind 1: a direct UCS-2 -> byte map with the substitution rule applied (64 KiB)
 //   kinds 2, 4: a direct UCS-2 -> 16-bit entry map, no mapping already turned
-//               into the code set's question mark (128 KiB)
+//               into the code set's question mark (128 KiB), and the packed
+//               UTF-8 form of every double-byte pair: lead bytes 0x80-0xFF
+//               for kind 2 (128 KiB), 0x40-0xFE for kind 4 (191 KiB)
 //   kind 3: nothing more (its pages are read in place)
 //
 // Threads: pure functions over caller-owned memory.
@@ -71,8 +73,24 @@ struct Derived {
     // where the form is longer or there is none: lets vector code convert
     // runs of one-byte characters with byte shuffles.
     uint8_t single[256];
-    // kind 1: uint8_t fromByte[65536]; kinds 2, 4: uint16_t fromWord[65536]
+    // From UTF-8, the one-byte target form of each ASCII value (kind 1).
+    uint8_t asciiFrom[128];
+    // Kind 4, unshifted: the byte of each ASCII value, with 0x80 marking
+    // the values that are not one plain byte (wider, or the shift-out) and
+    // all bytes from 0x80 up; usable only when asciiFromOk, that is when no
+    // ASCII value truly maps to the byte 0x80.
+    uint8_t asciiFromMarked[256];
+    uint32_t asciiFromOk;
+    // kind 1: uint8_t fromByte[65536]; kinds 2, 4: uint16_t fromWord[65536],
+    // then uint32_t pairs[leads][256] (packed UTF-8 forms)
 };
+
+constexpr unsigned kPairLeadFirst2 = 0x80;  // kind 2: lead bytes 0x80-0xFF
+constexpr unsigned kPairLeads2 = 128;
+constexpr unsigned kPairLeadFirst4 = 0x40;  // kind 4: lead bytes 0x40-0xFE
+constexpr unsigned kPairLeads4 = 191;
+/// The most derived data that any kind needs (kind 4).
+constexpr size_t kMaxDerivedSize = sizeof(Derived) + 2 * 65536 + 4 * 256 * kPairLeads4;
 
 inline size_t alignedImageSize(size_t size) { return (size + 15) & ~size_t(15); }
 
@@ -89,6 +107,11 @@ inline const uint8_t* fromByte(const Derived* d) {
 }
 inline const uint16_t* fromWord(const Derived* d) {
     return reinterpret_cast<const uint16_t*>(d + 1);
+}
+/// Kinds 2 and 4: the packed UTF-8 forms of the pairs of lead byte
+/// kPairLeadFirst + i, at [i * 256 + second].
+inline const uint32_t* pairForms(const Derived* d) {
+    return reinterpret_cast<const uint32_t*>(fromWord(d) + 65536);
 }
 
 /// Null when `image` of `size` bytes is a table the engines may read without

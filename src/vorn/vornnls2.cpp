@@ -43,7 +43,7 @@ unsigned char* readWhole(const char* path, size_t* size) {
     }
     size_t want = size_t(st.st_size);
     // Room for the lookup data derived at load, so that one block holds all.
-    size_t room = nls::alignedImageSize(want) + sizeof(nls::Derived) + 2 * 65536;
+    size_t room = nls::alignedImageSize(want) + nls::kMaxDerivedSize;
     auto* image = static_cast<unsigned char*>(os.malloc(room));
     if (image == nullptr) {
         closeQuietly(fd);

@@ -5,7 +5,6 @@
 #include "vorn/VornTrace.hpp"
 
 namespace nls = qarq::vorn::nls;
-using nls::load8;
 using nls::put;
 
 #define VORNNLS4_ENTRY(fn)                                                               \
@@ -26,19 +25,18 @@ char* vornnls4_ascii_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char*
                                   const unsigned char* sourceEnd, char* target,
                                   char* targetEnd) {
     VORNNLS4_ENTRY("vornnls4_ascii_dbcs_to_utf8");
-    const uint32_t* t = nls::derivedOf(cs)->toUtf8;
-    const unsigned char* data = nls::dataArea(cs);
+    const nls::Derived* d = nls::derivedOf(cs);
+    const uint32_t* t = d->toUtf8;
+    const uint32_t* pairs = nls::pairForms(d);
+    const nls::Kernels& k = nls::kernels();
     const unsigned char* s = source;
     char* out = target;
     while (s < sourceEnd && out < targetEnd) {
-        if (sourceEnd - s >= 8 && targetEnd - out >= 8) {
-            uint64_t w = load8(s);
-            if ((w & nls::kHighBits) == 0) {
-                nls::store8(out, w);
-                s += 8;
-                out += 8;
-                continue;
-            }
+        if (*s < 0x80) {
+            size_t run = k.asciiRun(s, nls::span(s, sourceEnd, out, targetEnd), out);
+            s += run;
+            out += run;
+            continue;
         }
         // Single bytes and invalid classes have their form in the table;
         // 0 marks a lead byte.
@@ -49,9 +47,19 @@ char* vornnls4_ascii_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char*
             continue;
         }
         if (sourceEnd - s < 2) break;
-        const unsigned char* row = data + 4 * size_t(nls::toFirst(cs, s[0]));
-        if (!put(out, targetEnd, nls::packUtf8(nls::rd16(row + 2 * s[1])))) break;
+        if (!put(out, targetEnd, pairs[(s[0] - nls::kPairLeadFirst2) * 256 + s[1]])) break;
         s += 2;
+        // More pairs with three-byte forms (the common ones) follow with
+        // no test of the form's length per pair.
+        while (sourceEnd - s >= 2 && targetEnd - out >= 3 && t[s[0]] == 0) {
+            uint32_t e = pairs[(s[0] - nls::kPairLeadFirst2) * 256 + s[1]];
+            if ((e >> 24) != 3) break;
+            out[0] = char(e);
+            out[1] = char(e >> 8);
+            out[2] = char(e >> 16);
+            out += 3;
+            s += 2;
+        }
     }
     return out;
 }
@@ -63,17 +71,15 @@ char* vornnls4_ascii_mbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char*
     const uint32_t* t = nls::derivedOf(cs)->toUtf8;
     const unsigned char* data = nls::dataArea(cs);
     const unsigned char* byteClass = cs->table + nls::kOffByteClass;
+    const nls::Kernels& k = nls::kernels();
     const unsigned char* s = source;
     char* out = target;
     while (s < sourceEnd && out < targetEnd) {
-        if (sourceEnd - s >= 8 && targetEnd - out >= 8) {
-            uint64_t w = load8(s);
-            if ((w & nls::kHighBits) == 0) {
-                nls::store8(out, w);
-                s += 8;
-                out += 8;
-                continue;
-            }
+        if (*s < 0x80) {
+            size_t run = k.asciiRun(s, nls::span(s, sourceEnd, out, targetEnd), out);
+            s += run;
+            out += run;
+            continue;
         }
         uint32_t e = t[*s];
         if (e != 0) {  // below 0x80, or class 1
@@ -118,20 +124,14 @@ char* vornnls4_ascii_sbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned cha
                                     char* targetEnd) {
     VORNNLS4_ENTRY("vornnls4_ascii_sbcs_from_utf8");
     const uint8_t* map = nls::fromByte(nls::derivedOf(cs));
+    const nls::Kernels& k = nls::kernels();
     const unsigned char* s = source;
     char* out = target;
     while (s < sourceEnd && out < targetEnd) {
-        if (sourceEnd - s >= 8 && targetEnd - out >= 8) {
-            uint64_t w = load8(s);
-            if ((w & nls::kHighBits) == 0) {
-                nls::store8(out, w);
-                s += 8;
-                out += 8;
-                continue;
-            }
-        }
         if (*s < 0x80) {
-            *out++ = char(*s++);
+            size_t run = k.asciiRun(s, nls::span(s, sourceEnd, out, targetEnd), out);
+            s += run;
+            out += run;
             continue;
         }
         uint32_t v;
@@ -148,22 +148,27 @@ char* vornnls4_ascii_dbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned cha
                                     char* targetEnd) {
     VORNNLS4_ENTRY("vornnls4_ascii_dbcs_from_utf8");
     const uint16_t* map = nls::fromWord(nls::derivedOf(cs));
+    const nls::Kernels& k = nls::kernels();
     const unsigned char* s = source;
     char* out = target;
     while (s < sourceEnd && out < targetEnd) {
-        if (sourceEnd - s >= 8 && targetEnd - out >= 8) {
-            uint64_t w = load8(s);
-            if ((w & nls::kHighBits) == 0) {
-                nls::store8(out, w);
-                s += 8;
-                out += 8;
-                continue;
-            }
-        }
         if (*s < 0x80) {
-            *out++ = char(*s++);
+            size_t run = k.asciiRun(s, nls::span(s, sourceEnd, out, targetEnd), out);
+            s += run;
+            out += run;
             continue;
         }
+        // Runs of three-byte sequences whose entries are pairs first.
+        while (sourceEnd - s >= 3 && targetEnd - out >= 2 && s[0] >= 0xE0) {
+            uint16_t w = map[(s[0] & 0x0Fu) << 12 | (s[1] & 0x3Fu) << 6 | (s[2] & 0x3Fu)];
+            if (w < 0x100) break;
+            out[0] = char(w >> 8);
+            out[1] = char(w);
+            out += 2;
+            s += 3;
+        }
+        if (!(s < sourceEnd && out < targetEnd)) break;
+        if (*s < 0x80) continue;
         uint32_t v;
         unsigned used = nls::readUtf8(s, sourceEnd, v);
         if (used == 0) break;
@@ -187,20 +192,14 @@ char* vornnls4_ascii_mbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned cha
     VORNNLS4_ENTRY("vornnls4_ascii_mbcs_from_utf8");
     const unsigned char* data = nls::dataArea(cs);
     const unsigned char* fromPage = cs->table + nls::kOffFromPage;
+    const nls::Kernels& k = nls::kernels();
     const unsigned char* s = source;
     char* out = target;
     while (s < sourceEnd && out < targetEnd) {
-        if (sourceEnd - s >= 8 && targetEnd - out >= 8) {
-            uint64_t w = load8(s);
-            if ((w & nls::kHighBits) == 0) {
-                nls::store8(out, w);
-                s += 8;
-                out += 8;
-                continue;
-            }
-        }
         if (*s < 0x80) {
-            *out++ = char(*s++);
+            size_t run = k.asciiRun(s, nls::span(s, sourceEnd, out, targetEnd), out);
+            s += run;
+            out += run;
             continue;
         }
         uint32_t v;
