@@ -3,6 +3,7 @@
 #include <random>
 #include <string>
 
+#include "qarq/vorn/VornNlsSimd.hpp"
 #include "tool/ToolRun.hpp"
 
 namespace qarq::tooltest {
@@ -179,6 +180,15 @@ TEST_F(Convert, CodesetsListsTablesFromEachPlace) {
     for (const auto& entry : std::filesystem::directory_iterator(dir_)) {
         EXPECT_EQ(std::string::npos, entry.path().filename().string().find("qarq-bindir"));
     }
+}
+
+TEST_F(Convert, VersionNamesTheVectorLevelThatQarqSimdCaps) {
+    Result capped = shell("QARQ_SIMD=scalar " + quoted(tool()) + " --version");
+    EXPECT_EQ(0, capped.status);
+    EXPECT_NE(std::string::npos, capped.out.find("vector level scalar")) << capped.out;
+    Result free = qarq("--version");
+    EXPECT_NE(std::string::npos, free.out.find(std::string("vector level ") + VornNlsSimdLevel()))
+        << free.out;
 }
 
 }  // namespace

@@ -8,15 +8,15 @@
 
 #include "qarq/vorn/vornnls1.hpp"
 #include "support/CodesetTree.hpp"
-#include "wire/WireTestSupport.hpp"
+#include "support/TestSupport.hpp"
 
 namespace {
 
 class ToolEnvironment : public ::testing::Environment {
   public:
     void SetUp() override {
-        lcAll_ = std::make_unique<qarq::test::ScopedEnv>("LC_ALL", nullptr);
-        lang_ = std::make_unique<qarq::test::ScopedEnv>("LANG", "C");
+        lcAll_ = std::make_unique<qarq::support::ScopedEnv>("LC_ALL", nullptr);
+        lang_ = std::make_unique<qarq::support::ScopedEnv>("LANG", "C");
         tree_ = std::make_unique<qarq::test::CodesetTree>();
         vornnls1_tis_init();
     }
@@ -27,7 +27,7 @@ class ToolEnvironment : public ::testing::Environment {
     }
 
   private:
-    std::unique_ptr<qarq::test::ScopedEnv> lcAll_, lang_;
+    std::unique_ptr<qarq::support::ScopedEnv> lcAll_, lang_;
     std::unique_ptr<qarq::test::CodesetTree> tree_;
 };
 

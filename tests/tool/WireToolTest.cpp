@@ -8,7 +8,7 @@
 #include "qarq/vorn/VornJavaTypes.hpp"
 #include "tool/ToolRun.hpp"
 #include "wire/WireMessageClasses.hpp"
-#include "wire/WireTestSupport.hpp"
+#include "support/StreamBytes.hpp"
 
 namespace qarq::tooltest {
 namespace {
@@ -23,14 +23,14 @@ class Wire : public ToolTest {
         ASSERT_EQ(0, listing.status) << listing.err;
         Result back = qarq("encode", listing.out);
         ASSERT_EQ(0, back.status) << back.err;
-        EXPECT_EQ(test::hex(bytes), test::hex(back.out)) << listing.out;
+        EXPECT_EQ(support::hex(bytes), support::hex(back.out)) << listing.out;
     }
 };
 
 // The fixtures hold the library's own writing of the wire examples and of
 // messages of each kind; if the writer changed, these bytes would tell.
 TEST_F(Wire, FixturesAreTheWritersBytes) {
-    test::Writer examples;
+    support::Writer examples;
     VornJavaByteArray aabb, none;
     aabb.copyBytes("\xAA\xBB", 2);
     examples.out.writeString("abc").writeString("").writeClass(VornJavaString("a"));
@@ -44,13 +44,13 @@ TEST_F(Wire, FixturesAreTheWritersBytes) {
     examples.out.writeLength(0);
     examples.out.writeByte('\xFF').writeChar('x');
     examples.out.writeShort(-300);
-    EXPECT_EQ(examples.hex(), test::hex(readFile(kFixtures + "peer-examples.bin")));
+    EXPECT_EQ(examples.hex(), support::hex(readFile(kFixtures + "peer-examples.bin")));
 
     test::TestRequest request(7);
     request.setHosts("a", "b");
-    test::Writer r;
+    support::Writer r;
     request.writeObject(r.out, request);
-    EXPECT_EQ(r.hex(), test::hex(readFile(kFixtures + "request.bin")));
+    EXPECT_EQ(r.hex(), support::hex(readFile(kFixtures + "request.bin")));
 
     test::TestResponse response(7);
     response.setHosts("server-1", "console-7");
@@ -58,9 +58,9 @@ TEST_F(Wire, FixturesAreTheWritersBytes) {
     response.setPosExtReasonCode(4711);
     response.setException(
         *new test::TestException(42, "Zugriff verweigert", "", "line\nbreak", "tab\there"));
-    test::Writer w;
+    support::Writer w;
     response.writeObject(w.out, response);
-    EXPECT_EQ(w.hex(), test::hex(readFile(kFixtures + "response-with-exception.bin")));
+    EXPECT_EQ(w.hex(), support::hex(readFile(kFixtures + "response-with-exception.bin")));
 }
 
 TEST_F(Wire, EveryFixtureSurvivesDecodeAndEncode) {
@@ -74,29 +74,29 @@ TEST_F(Wire, EveryFixtureSurvivesDecodeAndEncode) {
     Result listing = qarq("decode " QARQ_DATA_DIR "/samples/console-request.bin");
     Result again = qarq("encode " QARQ_DATA_DIR "/samples/console-request.txt");
     EXPECT_EQ(readFile(QARQ_DATA_DIR "/samples/console-request.bin"), again.out);
-    EXPECT_NE(std::string::npos, listing.out.find("   135    string \"Netz München/Süd\"\n"));
-    EXPECT_NE(std::string::npos, listing.out.find("   167      string \"router-a\"\n"));
+    EXPECT_NE(std::string::npos, listing.out.find("   137    string \"Netz München/Süd\"\n"));
+    EXPECT_NE(std::string::npos, listing.out.find("   169      string \"router-a\"\n"));
 }
 
 // Peers may send what this library never writes: lengths that disagree,
 // negative lengths, booleans other than 0 and 1, bytes that are no UTF-8.
 TEST_F(Wire, OddButReadableFormsRoundTrip) {
-    expectRoundTrip(test::bytes("00 80 00 00 00 05 00 02 61 62"));  // lengths differ
-    expectRoundTrip(test::bytes("00 80 FF FF FF FF"));              // length -1
-    expectRoundTrip(test::bytes("00 80 00 00 00 03 00 00"));        // short length 0
-    expectRoundTrip(test::bytes("00 01 00 00 00 02 00 07 61 62"));  // class, short differs
-    expectRoundTrip(test::bytes("00 01 FF FF FF FE"));              // class length -2
-    expectRoundTrip(test::bytes("08 00 02 08 00 FF"));              // booleans 2 and 255
-    expectRoundTrip(test::bytes("00 80 00 00 00 06 00 06 FF 00 0A 22 5C C3"));  // escapes
-    expectRoundTrip(test::bytes("01 00 FF FF FF FF 40 00 00 00 00 00 20 00 80 00"));
-    expectRoundTrip(test::bytes("00 20 80 00 00 00 00 00 00 00 00 02 27 00 02 5C"));
+    expectRoundTrip(support::bytes("00 80 00 00 00 05 00 02 61 62"));  // lengths differ
+    expectRoundTrip(support::bytes("00 80 FF FF FF FF"));              // length -1
+    expectRoundTrip(support::bytes("00 80 00 00 00 03 00 00"));        // short length 0
+    expectRoundTrip(support::bytes("00 01 00 00 00 02 00 07 61 62"));  // class, short differs
+    expectRoundTrip(support::bytes("00 01 FF FF FF FE"));              // class length -2
+    expectRoundTrip(support::bytes("08 00 02 08 00 FF"));              // booleans 2 and 255
+    expectRoundTrip(support::bytes("00 80 00 00 00 06 00 06 FF 00 0A 22 5C C3"));  // escapes
+    expectRoundTrip(support::bytes("01 00 FF FF FF FF 40 00 00 00 00 00 20 00 80 00"));
+    expectRoundTrip(support::bytes("00 20 80 00 00 00 00 00 00 00 00 02 27 00 02 5C"));
 }
 
 // Char and short share a tag: the reading that parses the whole block wins,
 // short where both do, and each listing encodes back to the same bytes.
 TEST_F(Wire, CharOrShortTakesTheReadingThatParsesTheBlock) {
     auto decode = [&](const std::string& hex) {
-        writeFile(file("block.bin"), test::bytes(hex));
+        writeFile(file("block.bin"), support::bytes(hex));
         return qarq("decode block.bin").out;
     };
     EXPECT_EQ("     0  short 4660\n", decode("00 02 12 34"));
@@ -112,14 +112,14 @@ TEST_F(Wire, CharOrShortTakesTheReadingThatParsesTheBlock) {
     // Many ambiguous tags in a row still decode at once and round-trip.
     std::string many;
     for (int i = 0; i < 20000; ++i)
-        many += test::bytes(i % 3 ? "00 02 00" : "00 02 08 00");
+        many += support::bytes(i % 3 ? "00 02 00" : "00 02 08 00");
     expectRoundTrip(many);
     // ... and so does a block where no reading parses: every path into the
     // long run of ints behind them is walked once, not once per path.
     std::string hopeless = many;
     for (int i = 0; i < 50000; ++i)
-        hopeless += test::bytes("00 08 00 00 00 01");
-    writeFile(file("hopeless.bin"), hopeless + test::bytes("00 03"));
+        hopeless += support::bytes("00 08 00 00 00 01");
+    writeFile(file("hopeless.bin"), hopeless + support::bytes("00 03"));
     Result r = qarq("decode hopeless.bin");
     EXPECT_EQ(1, r.status);
     EXPECT_EQ(0u, r.err.find("qarq decode: hopeless.bin: offset ")) << r.err;
@@ -129,7 +129,7 @@ TEST_F(Wire, CharOrShortTakesTheReadingThatParsesTheBlock) {
 TEST_F(Wire, RandomBlocksRoundTrip) {
     std::mt19937 random(11);
     for (int round = 0; round < 20; ++round) {
-        test::Writer w;
+        support::Writer w;
         for (int i = 0; i < 60; ++i) {
             switch (random() % 9) {
                 case 0:
@@ -177,26 +177,26 @@ TEST_F(Wire, DamageEndsTheListingAtItsOffset) {
     EXPECT_NE(std::string::npos, cut.out.find("    44    int 0\n")) << cut.out;
     EXPECT_EQ(std::string::npos, cut.out.find("    50")) << cut.out;
 
-    writeFile(file("tag.bin"), test::bytes("00 08 00 00 00 01 00 03 00"));
+    writeFile(file("tag.bin"), support::bytes("00 08 00 00 00 01 00 03 00"));
     Result tag = qarq("decode tag.bin");
     EXPECT_EQ(1, tag.status);
     EXPECT_EQ("     0  int 1\n", tag.out);
     EXPECT_EQ("qarq decode: tag.bin: offset 6: bad tag 0x0003\n", tag.err);
 
-    Result zero = qarq("decode", test::bytes("00 00"));
+    Result zero = qarq("decode", support::bytes("00 00"));
     EXPECT_EQ("qarq decode: standard input: offset 0: bad tag 0x0000\n", zero.err);
-    Result element = qarq("decode", test::bytes("01 00 00 00 00 02 00 80 00 00 00 00 00 08"));
+    Result element = qarq("decode", support::bytes("01 00 00 00 00 02 00 80 00 00 00 00 00 08"));
     EXPECT_EQ(1, element.status);
     EXPECT_NE(std::string::npos,
               element.err.find("offset 12: string array element is not a string"));
-    Result vector = qarq("decode", test::bytes("40 00 00 00 00 01 00 08 00 00 00 01"));
+    Result vector = qarq("decode", support::bytes("40 00 00 00 00 01 00 08 00 00 00 01"));
     EXPECT_NE(std::string::npos, vector.err.find("offset 6: vector element is not an object"));
-    Result huge = qarq("decode", test::bytes("04 00 7F FF FF FF 00"));
+    Result huge = qarq("decode", support::bytes("04 00 7F FF FF FF 00"));
     EXPECT_EQ(
         "qarq decode: standard input: offset 0: truncated byte array (needs 2147483653 "
         "bytes, 7 left)\n",
         huge.err);
-    Result negative = qarq("decode", test::bytes("00 80 00 00 00 01 FF FF"));
+    Result negative = qarq("decode", support::bytes("00 80 00 00 00 01 FF FF"));
     EXPECT_NE(std::string::npos, negative.err.find("offset 0: negative string length -1"));
 
     Result missing = qarq("decode nothing.bin");

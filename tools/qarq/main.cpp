@@ -38,6 +38,9 @@ void printDiagnostics() {
     }
     std::printf("  log archives %s kept (QARZ_LOG_KEEP)\n", envOr("QARZ_LOG_KEEP", "10"));
     std::printf("  BINDIR       %s\n", bindir != nullptr ? bindir : "(not set)");
+    std::printf("conversion:\n");
+    std::printf("  vector level %s (QARQ_SIMD caps it: scalar, sse42, avx2, avx512)\n",
+                VornNlsSimdLevel());
 }
 
 void usage(FILE* out) {
