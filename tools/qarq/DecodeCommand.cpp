@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Cli.hpp"
+#include "TextEscape.hpp"
 #include "WireDecoder.hpp"
 
 namespace qarqtool {
@@ -32,16 +33,6 @@ void help(FILE* out) {
                  "  --hex             the input is hex digits, white space ignored\n"
                  "  -o, --output OUT  write the listing to OUT\n"
                  "  -h, --help        print this text\n");
-}
-
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
 }
 
 bool fromHex(const std::string& text, std::string& bytes, std::string& error) {
