@@ -116,8 +116,7 @@ size_t walk(const VornNlsCodeSet* cs, const unsigned char* s, size_t n, bool& sh
 
 extern "C" {
 
-size_t VornNlsBoundary(const VornNlsCodeSet* cs, const char* source, size_t length,
-                       int* shifted) {
+size_t VornNlsBoundary(const VornNlsCodeSet* cs, const char* source, size_t length, int* shifted) {
     uint32_t length32 = length > UINT32_MAX ? UINT32_MAX : uint32_t(length);
     QARQ_TRACE_POINT(qarq::vorn::traceControl(), HESK_TRACE_ENTRY, "VornNlsBoundary",
                      pair(&cs, uint32_t(sizeof cs)), pair(length32));

@@ -31,7 +31,8 @@ using Record = std::unique_ptr<VornNlsCodeSet, Free>;
 
 std::string toUtf8(const VornNlsCodeSet* cs, const std::string& in) {
     std::string out(3 * in.size() + 16, '\0');
-    out.resize(vornnls3_tis_to_utf8(cs, in.data(), int(in.size()), out.data(), unsigned(out.size())));
+    out.resize(
+        vornnls3_tis_to_utf8(cs, in.data(), int(in.size()), out.data(), unsigned(out.size())));
     return out;
 }
 std::string fromUtf8(const VornNlsCodeSet* cs, const std::string& in) {
@@ -139,8 +140,8 @@ TEST_F(Boundary, Utf8IsCutOnTheSequencesTheEnginesRead) {
         SCOPED_TRACE(std::string("kind ") + std::to_string(target->kind));
         // Whole, truncated and stray sequences, leads from 0xF0 up included.
         std::string text;
-        const char* pieces[] = {"a", "\xC3\xA9", "\xE6\x97\xA5", "\xF0\x9F\x98\x80", "\x80",
-                                "\xE3\x81", "\xC3", "ABCDEFGHIJ"};
+        const char* pieces[] = {"a",    "\xC3\xA9", "\xE6\x97\xA5", "\xF0\x9F\x98\x80",
+                                "\x80", "\xE3\x81", "\xC3",         "ABCDEFGHIJ"};
         while (text.size() < 400)
             text += pieces[rng() % 8];
         std::string whole = fromUtf8(target, text);

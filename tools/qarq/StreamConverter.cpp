@@ -94,9 +94,9 @@ bool StreamConverter::run(FILE* in, const std::string& inName, FILE* out, std::s
         }
         bool atEnd = total < chunk_;
         bool startShifted = shifted != 0;
-        size_t cut = atEnd ? total
-                           : VornNlsBoundary(from_, reinterpret_cast<const char*>(data), total,
-                                             &shifted);
+        size_t cut =
+            atEnd ? total
+                  : VornNlsBoundary(from_, reinterpret_cast<const char*>(data), total, &shifted);
         if (cut > 0) {
             if (startShifted) {
                 in_[0] = VORNNLS_SHIFT_OUT;
