@@ -12,13 +12,12 @@
 #include <string>
 #include <vector>
 
-#include "qarq/ras/HeskTrace.hpp"
 #include "qarq/vorn/VornNlsBoundary.hpp"
 #include "qarq/vorn/vornnls3.hpp"
 #include "qarq/vorn/vornnls6.hpp"
 #include "support/CodesetTree.hpp"
+#include "support/TracePoints.hpp"
 #include "vorn/VornNlsTable.hpp"
-#include "vorn/VornTrace.hpp"
 
 namespace {
 
@@ -193,23 +192,15 @@ TEST_F(Boundary, EdgesOfTheArguments) {
 }
 
 TEST_F(Boundary, EntryAndExitAreTracedWhenTheGateIsOpen) {
-    struct Seen {
-        std::vector<std::pair<std::string, int>> points;
-        static void sink(const HeskRecord* r, void* context) {
-            if (r->kind == HESK_RECORD_TRACE)
-                static_cast<Seen*>(context)->points.emplace_back(r->function, r->traceKind);
-        }
-    } seen;
-    TraceControl open = {HESK_MASK_ENTRY | HESK_MASK_EXIT, 3};
-    TraceControl* saved = qarq::vorn::traceControl();
-    qarq::vorn::traceControl() = &open;
-    HeskSinkAdd(&Seen::sink, &seen);
-    VornNlsBoundary(tables_.begin()->second.get(), "A", 1, nullptr);
-    HeskSinkRemove(&Seen::sink, &seen);
-    qarq::vorn::traceControl() = saved;
-    using P = std::pair<std::string, int>;
-    EXPECT_EQ(seen.points, (std::vector<P>{{"VornNlsBoundary", HESK_TRACE_ENTRY},
-                                           {"VornNlsBoundary", HESK_TRACE_EXIT}}));
+    std::vector<qarq::test::TracePoints::Point> points;
+    {
+        qarq::test::TracePoints trace;
+        VornNlsBoundary(tables_.begin()->second.get(), "A", 1, nullptr);
+        points = trace.points();
+    }
+    EXPECT_EQ(points,
+              (std::vector<qarq::test::TracePoints::Point>{{"VornNlsBoundary", HESK_TRACE_ENTRY},
+                                                           {"VornNlsBoundary", HESK_TRACE_EXIT}}));
 }
 
 }  // namespace
