@@ -32,6 +32,7 @@
 #include "qarq/vorn/vornnls3.hpp"
 #include "qarq/vorn/vornnls6.hpp"
 #include "qarq/vorn/VornNlsSimd.hpp"
+#include "qarq/vorn/VornNlsBoundary.hpp"
 #include "qarq/vorn/VornDbcs.hpp"
 #include "qarq/vorn/VornDbcsCompare.hpp"
 #include "qarq/vorn/VornNlsPEng.hpp"

@@ -1,5 +1,6 @@
 #include "Cli.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -13,6 +14,11 @@ int usageError(const char* command, const std::string& message) {
 int failure(const char* command, const std::string& message) {
     std::fprintf(stderr, "qarq %s: %s\n", command, message.c_str());
     return kExitFailure;
+}
+
+int printHelp(const char* text) {
+    std::fputs(text, stdout);
+    return kExitOk;
 }
 
 std::string lastError() {
@@ -121,6 +127,35 @@ bool closeOutput(FILE* out, const std::string& path, std::string& error) {
         ok = false;
     }
     return ok;
+}
+
+bool FileArgs::has(const std::string& flag) const {
+    return std::find(flags.begin(), flags.end(), flag) != flags.end();
+}
+
+int scanFileArgs(int argc, char** argv, int first, const char* command, const char* help,
+                 const std::vector<std::string>& flags, FileArgs& args) {
+    ArgScanner scanner(argc, argv, first);
+    std::string option, value;
+    bool haveFile = false;
+    while (scanner.next(option, value)) {
+        if (option.empty()) {
+            if (haveFile)
+                return usageError(command, "one FILE only, got '" + value + "' too");
+            args.file = value;
+            haveFile = true;
+        } else if (option == "-h" || option == "--help") {
+            return printHelp(help);
+        } else if (option == "-o" || option == "--output") {
+            if (!scanner.takeValue(args.output))
+                return usageError(command, option + " needs a value");
+        } else if (std::find(flags.begin(), flags.end(), option) != flags.end()) {
+            args.flags.push_back(option);
+        } else {
+            return usageError(command, "unknown option '" + option + "'");
+        }
+    }
+    return -1;
 }
 
 }  // namespace qarqtool

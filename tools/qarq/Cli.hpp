@@ -21,6 +21,9 @@ int usageError(const char* command, const std::string& message);
 /// Prints "qarq COMMAND: MESSAGE"; returns 1.
 int failure(const char* command, const std::string& message);
 
+/// Prints a subcommand's help text on standard output; returns 0.
+int printHelp(const char* text);
+
 /// The text of errno for messages.
 std::string lastError();
 
@@ -46,6 +49,22 @@ class ArgScanner {
     bool hasInline_ = false;
     std::string inline_;
 };
+
+/// The arguments of a subcommand that reads one FILE (standard input
+/// without one, or with "-") and writes -o OUT (standard output without it).
+struct FileArgs {
+    std::string file;
+    std::string output;
+    std::vector<std::string> flags;  ///< the subcommand's own options given
+
+    bool has(const std::string& flag) const;
+};
+
+/// Scans the arguments of such a subcommand, whose own options, without a
+/// value, are `flags`; -h and --help print `help`. Returns -1 when the
+/// subcommand goes on, else the exit status to end with.
+int scanFileArgs(int argc, char** argv, int first, const char* command, const char* help,
+                 const std::vector<std::string>& flags, FileArgs& args);
 
 /// Reads a whole file ("-" or "" for standard input) into `data`, refusing
 /// more than `limit` bytes. On failure `error` holds "NAME: reason".

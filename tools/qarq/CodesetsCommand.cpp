@@ -16,18 +16,16 @@ namespace {
 
 const char* const kName = "codesets";
 
-void help(FILE* out) {
-    std::fprintf(out,
-                 "usage: qarq codesets [--codeset-dir DIR]\n"
-                 "\n"
-                 "Lists the code-set tables found, one a line: name, code page number,\n"
-                 "kind, and the table name from its header. Names that point to another\n"
-                 "table show it after '->'. UTF8 is built in and needs no table.\n"
-                 "\n"
-                 "  --codeset-dir DIR  tables in DIR (default: $BINDIR/GRV/server/codeset,\n"
-                 "                     else share/qarq/codeset beside the tool)\n"
-                 "  -h, --help         print this text\n");
-}
+const char* const kHelp =
+    "usage: qarq codesets [--codeset-dir DIR]\n"
+    "\n"
+    "Lists the code-set tables found, one a line: name, code page number,\n"
+    "kind, and the table name from its header. Names that point to another\n"
+    "table show it after '->'. UTF8 is built in and needs no table.\n"
+    "\n"
+    "  --codeset-dir DIR  tables in DIR (default: $BINDIR/GRV/server/codeset,\n"
+    "                     else share/qarq/codeset beside the tool)\n"
+    "  -h, --help         print this text\n";
 
 // Header fields of a table image (all numbers little-endian).
 constexpr size_t kOffTag = 8;
@@ -89,8 +87,7 @@ int runCodesets(int argc, char** argv, int first) {
     std::string option, value, dirOption;
     while (args.next(option, value)) {
         if (option == "-h" || option == "--help") {
-            help(stdout);
-            return kExitOk;
+            return printHelp(kHelp);
         } else if (option == "--codeset-dir") {
             if (!args.takeValue(dirOption))
                 return usageError(kName, "--codeset-dir needs a value");

@@ -20,25 +20,23 @@ namespace {
 
 const char* const kName = "convert";
 
-void help(FILE* out) {
-    std::fprintf(out,
-                 "usage: qarq convert -f FROM -t TO [-o OUT] [--codeset-dir DIR] [FILE...]\n"
-                 "       qarq convert --list\n"
-                 "\n"
-                 "Converts text from code page FROM to code page TO through UTF-8. A code\n"
-                 "page is a number (37, 1252, 930), UTF8, or a name of the aliases file\n"
-                 "(CP037, LATIN1, SJIS, ...). Reads the FILEs in turn, or standard input,\n"
-                 "in constant memory, and writes standard output unless -o is given.\n"
-                 "Characters without a mapping become the target's question mark.\n"
-                 "\n"
-                 "  -f, --from FROM      source code page\n"
-                 "  -t, --to TO          target code page\n"
-                 "  -o, --output OUT     write to OUT\n"
-                 "  --codeset-dir DIR    tables in DIR\n"
-                 "  --buffer-size BYTES  input chunk size (default 262144)\n"
-                 "  --list               same as 'qarq codesets'\n"
-                 "  -h, --help           print this text\n");
-}
+const char* const kHelp =
+    "usage: qarq convert -f FROM -t TO [-o OUT] [--codeset-dir DIR] [FILE...]\n"
+    "       qarq convert --list\n"
+    "\n"
+    "Converts text from code page FROM to code page TO through UTF-8. A code\n"
+    "page is a number (37, 1252, 930), UTF8, or a name of the aliases file\n"
+    "(CP037, LATIN1, SJIS, ...). Reads the FILEs in turn, or standard input,\n"
+    "in constant memory, and writes standard output unless -o is given.\n"
+    "Characters without a mapping become the target's question mark.\n"
+    "\n"
+    "  -f, --from FROM      source code page\n"
+    "  -t, --to TO          target code page\n"
+    "  -o, --output OUT     write to OUT\n"
+    "  --codeset-dir DIR    tables in DIR\n"
+    "  --buffer-size BYTES  input chunk size (default 262144)\n"
+    "  --list               same as 'qarq codesets'\n"
+    "  -h, --help           print this text\n";
 
 // One code set, opened by the name given on the command line.
 class OpenedCodeset {
@@ -90,8 +88,7 @@ int runConvert(int argc, char** argv, int first) {
         if (option.empty()) {
             files.push_back(value);
         } else if (option == "-h" || option == "--help") {
-            help(stdout);
-            return kExitOk;
+            return printHelp(kHelp);
         } else if (option == "--list") {
             // The rest of the line belongs to the listing (--codeset-dir).
             std::vector<char*> rest = {argv[0], const_cast<char*>("codesets")};

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Cli.hpp"
+#include "TextEscape.hpp"
 #include "WireDecoder.hpp"
 
 namespace qarqtool {
@@ -15,34 +16,22 @@ const char* const kName = "decode";
 // A stream block is one message; anything larger is not one.
 constexpr size_t kMaxBlock = 256u << 20;
 
-void help(FILE* out) {
-    std::fprintf(out,
-                 "usage: qarq decode [--hex] [-o OUT] [FILE]\n"
-                 "\n"
-                 "Lists the values of one block of the Java stream (raw bytes, or hex\n"
-                 "text with --hex), one a line: byte offset, type, value. Strings and\n"
-                 "class names are quoted UTF-8 with escapes; byte arrays are hex; the\n"
-                 "elements of string arrays and vectors, and the body of an object, are\n"
-                 "indented. 'qarq encode' turns the listing back into the same bytes.\n"
-                 "Char and short share a tag: the listing takes the reading under which\n"
-                 "the whole block parses, short where both do.\n"
-                 "A bad tag or a truncated value ends the listing with an error naming\n"
-                 "the offset (exit status 1).\n"
-                 "\n"
-                 "  --hex             the input is hex digits, white space ignored\n"
-                 "  -o, --output OUT  write the listing to OUT\n"
-                 "  -h, --help        print this text\n");
-}
-
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
+const char* const kHelp =
+    "usage: qarq decode [--hex] [-o OUT] [FILE]\n"
+    "\n"
+    "Lists the values of one block of the Java stream (raw bytes, or hex\n"
+    "text with --hex), one a line: byte offset, type, value. Strings and\n"
+    "class names are quoted UTF-8 with escapes; byte arrays are hex; the\n"
+    "elements of string arrays and vectors, and the body of an object, are\n"
+    "indented. 'qarq encode' turns the listing back into the same bytes.\n"
+    "Char and short share a tag: the listing takes the reading under which\n"
+    "the whole block parses, short where both do.\n"
+    "A bad tag or a truncated value ends the listing with an error naming\n"
+    "the offset (exit status 1).\n"
+    "\n"
+    "  --hex             the input is hex digits, white space ignored\n"
+    "  -o, --output OUT  write the listing to OUT\n"
+    "  -h, --help        print this text\n";
 
 bool fromHex(const std::string& text, std::string& bytes, std::string& error) {
     bytes.clear();
@@ -80,28 +69,13 @@ bool fromHex(const std::string& text, std::string& bytes, std::string& error) {
 }  // namespace
 
 int runDecode(int argc, char** argv, int first) {
-    ArgScanner args(argc, argv, first);
-    std::string option, value, output;
-    std::string file;
-    bool hex = false, haveFile = false;
-    while (args.next(option, value)) {
-        if (option.empty()) {
-            if (haveFile)
-                return usageError(kName, "one FILE only, got '" + value + "' too");
-            file = value;
-            haveFile = true;
-        } else if (option == "-h" || option == "--help") {
-            help(stdout);
-            return kExitOk;
-        } else if (option == "--hex") {
-            hex = true;
-        } else if (option == "-o" || option == "--output") {
-            if (!args.takeValue(output))
-                return usageError(kName, option + " needs a value");
-        } else {
-            return usageError(kName, "unknown option '" + option + "'");
-        }
-    }
+    FileArgs args;
+    int status = scanFileArgs(argc, argv, first, kName, kHelp, {"--hex"}, args);
+    if (status >= 0)
+        return status;
+    const std::string& file = args.file;
+    const std::string& output = args.output;
+    bool hex = args.has("--hex");
     std::string data, error;
     if (!readWhole(file, hex ? 2 * kMaxBlock + 4096 : kMaxBlock, data, error)) {
         return failure(kName, error);

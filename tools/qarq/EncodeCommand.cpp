@@ -15,45 +15,30 @@ const char* const kName = "encode";
 // Longer lines are no listing of ours (a byte array of 32 MiB in hex at most).
 constexpr size_t kMaxLine = 64u << 20;
 
-void help(FILE* out) {
-    std::fprintf(out,
-                 "usage: qarq encode [-o OUT] [FILE]\n"
-                 "\n"
-                 "Reads the listing that 'qarq decode' prints and writes the stream bytes,\n"
-                 "so that 'qarq decode x.bin | qarq encode' gives x.bin back. One value a\n"
-                 "line; a leading offset, indentation, blank lines and lines starting\n"
-                 "with '#' are ignored:\n"
-                 "  byte N  char 'c'|N  short N  int N  long N  boolean true|false|N\n"
-                 "  string \"TEXT\" [length=N]  class \"NAME\" [length=N] [short=N]\n"
-                 "  classhandle N  bytes COUNT HEX  strings COUNT  vector COUNT\n"
-                 "A line that does not read names its line number (exit status 1).\n"
-                 "\n"
-                 "  -o, --output OUT  write the bytes to OUT\n"
-                 "  -h, --help        print this text\n");
-}
+const char* const kHelp =
+    "usage: qarq encode [-o OUT] [FILE]\n"
+    "\n"
+    "Reads the listing that 'qarq decode' prints and writes the stream bytes,\n"
+    "so that 'qarq decode x.bin | qarq encode' gives x.bin back. One value a\n"
+    "line; a leading offset, indentation, blank lines and lines starting\n"
+    "with '#' are ignored:\n"
+    "  byte N  char 'c'|N  short N  int N  long N  boolean true|false|N\n"
+    "  string \"TEXT\" [length=N]  class \"NAME\" [length=N] [short=N]\n"
+    "  classhandle N  bytes COUNT HEX  strings COUNT  vector COUNT\n"
+    "A line that does not read names its line number (exit status 1).\n"
+    "\n"
+    "  -o, --output OUT  write the bytes to OUT\n"
+    "  -h, --help        print this text\n";
 
 }  // namespace
 
 int runEncode(int argc, char** argv, int first) {
-    ArgScanner args(argc, argv, first);
-    std::string option, value, output, file;
-    bool haveFile = false;
-    while (args.next(option, value)) {
-        if (option.empty()) {
-            if (haveFile)
-                return usageError(kName, "one FILE only, got '" + value + "' too");
-            file = value;
-            haveFile = true;
-        } else if (option == "-h" || option == "--help") {
-            help(stdout);
-            return kExitOk;
-        } else if (option == "-o" || option == "--output") {
-            if (!args.takeValue(output))
-                return usageError(kName, option + " needs a value");
-        } else {
-            return usageError(kName, "unknown option '" + option + "'");
-        }
-    }
+    FileArgs args;
+    int status = scanFileArgs(argc, argv, first, kName, kHelp, {}, args);
+    if (status >= 0)
+        return status;
+    const std::string& file = args.file;
+    const std::string& output = args.output;
     bool isStdin = file.empty() || file == "-";
     FILE* in = isStdin ? stdin : std::fopen(file.c_str(), "rb");
     if (in == nullptr)
@@ -66,7 +51,7 @@ int runEncode(int argc, char** argv, int first) {
         return failure(kName, error);
     }
     WireEncoder encoder;
-    int status = kExitOk;
+    status = kExitOk;
     std::string line;
     size_t lineNo = 0;
     for (bool more = true; more && status == kExitOk;) {

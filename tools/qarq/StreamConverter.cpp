@@ -21,7 +21,6 @@ StreamConverter::StreamConverter(const VornNlsCodeSet* from, const VornNlsCodeSe
       fromUtf8_(isUtf8(from)),
       toUtf8_(isUtf8(to)),
       toShifts_(!isUtf8(to) && to->kind == 4),
-      boundary_(from),
       chunk_(chunk < kMinChunk ? kMinChunk : (chunk > kMaxChunk ? kMaxChunk : chunk)) {
     in_.resize(chunk_ + 1);
     // Three bytes of UTF-8 at most for one source byte; a kind-4 target at
@@ -37,17 +36,17 @@ bool StreamConverter::emit(const char* data, size_t length) {
     if (toShifts_) {
         if (heldShiftIn_) {
             heldShiftIn_ = false;
-            if (length > 0 && data[0] == char(CharBoundary::kShiftOut)) {
+            if (length > 0 && data[0] == char(VORNNLS_SHIFT_OUT)) {
                 ++data;
                 --length;
             } else {
-                const char shiftIn = char(CharBoundary::kShiftIn);
+                const char shiftIn = char(VORNNLS_SHIFT_IN);
                 if (std::fwrite(&shiftIn, 1, 1, sink_) != 1)
                     return false;
             }
         }
         // A kind-4 target writes 0x0F only as a shift-in; hold the closing one.
-        if (length > 0 && data[length - 1] == char(CharBoundary::kShiftIn)) {
+        if (length > 0 && data[length - 1] == char(VORNNLS_SHIFT_IN)) {
             heldShiftIn_ = true;
             --length;
         }
@@ -80,7 +79,7 @@ bool StreamConverter::run(FILE* in, const std::string& inName, FILE* out, std::s
     writeFailed_ = false;
     unsigned char* data = in_.data() + 1;
     size_t carry = 0;
-    bool shifted = false;  // state of the engine at data[0]
+    int shifted = 0;  // state of the engine at data[0]
     for (;;) {
         size_t total = carry;
         while (total < chunk_) {
@@ -94,11 +93,13 @@ bool StreamConverter::run(FILE* in, const std::string& inName, FILE* out, std::s
             return false;
         }
         bool atEnd = total < chunk_;
-        bool startShifted = shifted;
-        size_t cut = atEnd ? total : boundary_.cut(data, total, shifted);
+        bool startShifted = shifted != 0;
+        size_t cut =
+            atEnd ? total
+                  : VornNlsBoundary(from_, reinterpret_cast<const char*>(data), total, &shifted);
         if (cut > 0) {
             if (startShifted) {
-                in_[0] = CharBoundary::kShiftOut;
+                in_[0] = VORNNLS_SHIFT_OUT;
                 convertChunk(in_.data(), cut + 1);
             } else {
                 convertChunk(data, cut);
@@ -112,7 +113,7 @@ bool StreamConverter::run(FILE* in, const std::string& inName, FILE* out, std::s
             break;
     }
     if (!writeFailed_ && heldShiftIn_) {
-        const char shiftIn = char(CharBoundary::kShiftIn);
+        const char shiftIn = char(VORNNLS_SHIFT_IN);
         writeFailed_ = std::fwrite(&shiftIn, 1, 1, out) != 1;
     }
     if (writeFailed_) {

@@ -1,7 +1,7 @@
 // Converts a byte stream from one code set to another through UTF-8, in
 // chunks of a fixed size, so that memory stays constant whatever the input.
 //
-// Chunks end on character boundaries of the source (CharBoundary); the shift
+// Chunks end on character boundaries of the source (VornNlsBoundary); the shift
 // state of a kind-4 source is carried by starting the next call with a
 // shift-out. A kind-4 target closes each call with a shift-in; when the next
 // call opens with a shift-out the pair is dropped, so that the output is the
@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "CharBoundary.hpp"
+#include "qarq/vorn/VornNlsBoundary.hpp"
 #include "qarq/vorn/vornnls2.hpp"
 
 namespace qarqtool {
@@ -42,7 +42,6 @@ class StreamConverter {
     bool fromUtf8_;
     bool toUtf8_;
     bool toShifts_;
-    CharBoundary boundary_;
     size_t chunk_;
     std::vector<unsigned char> in_;  // one spare byte in front for a shift-out
     std::vector<char> mid_;

@@ -37,7 +37,9 @@ size_t utf8Length(const std::string& s, size_t i) {
     return need;
 }
 
-int hexValue(char c) {
+}  // namespace
+
+int hexDigit(char c) {
     if (c >= '0' && c <= '9')
         return c - '0';
     if (c >= 'a' && c <= 'f')
@@ -46,8 +48,6 @@ int hexValue(char c) {
         return c - 'A' + 10;
     return -1;
 }
-
-}  // namespace
 
 std::string quoteText(const std::string& bytes) {
     std::string out = "\"";
@@ -127,8 +127,8 @@ bool unquoteText(const std::string& text, size_t& at, std::string& bytes, std::s
                 bytes += '\t';
                 break;
             case 'x': {
-                int hi = i + 1 < text.size() ? hexValue(text[i + 1]) : -1;
-                int lo = i + 2 < text.size() ? hexValue(text[i + 2]) : -1;
+                int hi = i + 1 < text.size() ? hexDigit(text[i + 1]) : -1;
+                int lo = i + 2 < text.size() ? hexDigit(text[i + 2]) : -1;
                 if (hi < 0 || lo < 0) {
                     error = "\\x needs two hex digits";
                     return false;

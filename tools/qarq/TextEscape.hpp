@@ -6,6 +6,9 @@
 // that is not part of a well-formed UTF-8 sequence. So any byte string has
 // exactly one quoted form and reads back to the same bytes.
 //
+// Hex digits are read here too, for the escapes as for byte arrays and hex
+// input.
+//
 // Threads: pure functions.
 #pragma once
 
@@ -19,5 +22,8 @@ std::string quoteText(const std::string& bytes);
 /// Reads a quoted form at text[at] (the opening quote) into `bytes` and moves
 /// `at` behind the closing quote. False with `error` set on a bad form.
 bool unquoteText(const std::string& text, size_t& at, std::string& bytes, std::string& error);
+
+/// The value of a hex digit of either case, or -1.
+int hexDigit(char c);
 
 }  // namespace qarqtool

@@ -72,16 +72,6 @@ bool number(const std::string& text, long long low, long long high, long long& v
     return true;
 }
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 }  // namespace
 
 WireEncoder::WireEncoder() : writer_(new Writer) {}
