@@ -4,6 +4,7 @@
 #include <string>
 
 #include "qarq/vorn/VornNlsSimd.hpp"
+#include "nls/TableWriter.hpp"
 #include "tool/ToolRun.hpp"
 
 namespace qarq::tooltest {
@@ -189,6 +190,32 @@ TEST_F(Convert, VersionNamesTheVectorLevelThatQarqSimdCaps) {
     Result free = qarq("--version");
     EXPECT_NE(std::string::npos, free.out.find(std::string("vector level ") + VornNlsSimdLevel()))
         << free.out;
+}
+
+TEST_F(Convert, CharactersLongerThanTheChunkStillConvert) {
+    // A table may define characters far longer than a small chunk; the
+    // stream must neither stall on them nor split them.
+    test::MbcsMaps m;
+    for (unsigned b = 0; b < 0x80; ++b) {
+        m.byteClass[b] = 1;
+        m.single[b] = uint16_t(b);
+    }
+    for (unsigned b = 0x80; b < 0x100; ++b) m.byteClass[b] = 255;
+    m.byteClass[0xC0] = 40;
+    const std::string longCharacter = "\xC0" + std::string(39, '\xA1');
+    m.sequences[longCharacter] = 0x4E00;
+    std::filesystem::create_directories(file("tables"));
+    const auto image = test::buildMbcs(m).bytes();
+    writeFile(file("tables/9954"), std::string(image.begin(), image.end()));
+    std::string text;
+    for (int i = 0; i < 20; ++i) text += longCharacter + "ab";
+    writeFile(file("long.host"), text);
+    Result r = shell("timeout 20 " + quoted(tool()) +
+                     " convert --codeset-dir tables -f 9954 -t UTF8 --buffer-size 16 long.host");
+    EXPECT_EQ(0, r.status) << r.err;
+    std::string expected;
+    for (int i = 0; i < 20; ++i) expected += "\xE4\xB8\x80" "ab";
+    EXPECT_EQ(expected, r.out);
 }
 
 }  // namespace

@@ -22,14 +22,14 @@ StreamConverter::StreamConverter(const VornNlsCodeSet* from, const VornNlsCodeSe
       toUtf8_(isUtf8(to)),
       toShifts_(!isUtf8(to) && to->kind == 4),
       chunk_(chunk < kMinChunk ? kMinChunk : (chunk > kMaxChunk ? kMaxChunk : chunk)) {
-    in_.resize(chunk_ + 1);
+    in_.resize(chunk_ + kMaxCharacter + 1);
     // Three bytes of UTF-8 at most for one source byte; a kind-4 target at
     // most doubles UTF-8 (a shift-in before every single byte) and closes
     // with one shift-in.
     if (!fromUtf8_)
-        mid_.resize(3 * chunk_ + 16);
+        mid_.resize(3 * (chunk_ + kMaxCharacter) + 16);
     if (!toUtf8_)
-        out_.resize(2 * (fromUtf8_ ? chunk_ : mid_.size()) + 16);
+        out_.resize(2 * (fromUtf8_ ? chunk_ + kMaxCharacter : mid_.size()) + 16);
 }
 
 bool StreamConverter::emit(const char* data, size_t length) {
@@ -82,21 +82,39 @@ bool StreamConverter::run(FILE* in, const std::string& inName, FILE* out, std::s
     int shifted = 0;  // state of the engine at data[0]
     for (;;) {
         size_t total = carry;
-        while (total < chunk_) {
-            size_t n = std::fread(data + total, 1, chunk_ - total, in);
-            if (n == 0)
-                break;
-            total += n;
-        }
-        if (std::ferror(in)) {
-            error = inName + ": " + lastError();
-            return false;
-        }
-        bool atEnd = total < chunk_;
+        size_t limit = chunk_;
+        bool atEnd = false;
         bool startShifted = shifted != 0;
-        size_t cut =
-            atEnd ? total
-                  : VornNlsBoundary(from_, reinterpret_cast<const char*>(data), total, &shifted);
+        size_t cut = 0;
+        for (;;) {
+            while (total < limit) {
+                size_t n = std::fread(data + total, 1, limit - total, in);
+                if (n == 0)
+                    break;
+                total += n;
+            }
+            if (std::ferror(in)) {
+                error = inName + ": " + lastError();
+                return false;
+            }
+            atEnd = total < limit;
+            int before = shifted;
+            cut = atEnd ? total
+                        : VornNlsBoundary(from_, reinterpret_cast<const char*>(data), total,
+                                          &shifted);
+            if (cut > 0 || atEnd)
+                break;
+            // A full chunk without one whole character: a table may define
+            // characters longer than a small chunk. Widen the window once by
+            // the longest character any table can define; should even that
+            // hold none, the bytes go as they are, so the stream always moves.
+            shifted = before;
+            if (limit > chunk_) {
+                cut = total;
+                break;
+            }
+            limit = chunk_ + kMaxCharacter;
+        }
         if (cut > 0) {
             if (startShifted) {
                 in_[0] = VORNNLS_SHIFT_OUT;

@@ -26,6 +26,8 @@ class StreamConverter {
     static constexpr size_t kDefaultChunk = 256 * 1024;
     static constexpr size_t kMinChunk = 16;
     static constexpr size_t kMaxChunk = 64u << 20;
+    // The longest character a table can define (a multi-byte class is a byte).
+    static constexpr size_t kMaxCharacter = 256;
 
     StreamConverter(const VornNlsCodeSet* from, const VornNlsCodeSet* to,
                     size_t chunk = kDefaultChunk);
