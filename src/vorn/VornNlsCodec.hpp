@@ -136,4 +136,59 @@ inline char* sbcsToUtf8(const Derived* d, const unsigned char* s, const unsigned
     return out;
 }
 
+/// Writes double-byte code `w`, lead byte first (two bytes of room are known).
+inline void putPair(char*& out, uint16_t w) {
+    out[0] = char(w >> 8);
+    out[1] = char(w);
+    out += 2;
+}
+
+/// Runs of pairs whose forms have three bytes (the common ones), with no
+/// test of the form's length per pair; stops at a byte `isLead` refuses or
+/// at the first other form. Pair tables start at lead byte kLeadFirst.
+template <unsigned kLeadFirst, typename IsLead>
+inline void threeBytePairsToUtf8(const uint32_t* pairs, IsLead isLead, const unsigned char*& s,
+                                 const unsigned char* se, char*& out, const char* end) {
+    while (se - s >= 2 && end - out >= 3 && isLead(s[0])) {
+        uint32_t e = pairs[(s[0] - kLeadFirst) * 256 + s[1]];
+        if ((e >> 24) != 3) break;
+        out[0] = char(e);
+        out[1] = char(e >> 8);
+        out[2] = char(e >> 16);
+        out += 3;
+        s += 2;
+    }
+}
+
+/// Runs of three-byte sequences whose entries are pairs (the common case of
+/// double-byte text), with no other test per character.
+inline void threeBytesToPairs(const uint16_t* map, const unsigned char*& s,
+                              const unsigned char* se, char*& out, const char* end) {
+    while (se - s >= 3 && end - out >= 2 && s[0] >= 0xE0) {
+        uint16_t w = map[(s[0] & 0x0Fu) << 12 | (s[1] & 0x3Fu) << 6 | (s[2] & 0x3Fu)];
+        if (w < 0x100) break;
+        putPair(out, w);
+        s += 3;
+    }
+}
+
+/// The loop of the ASCII-family engines: runs of bytes below 0x80 are
+/// copied by the level's kernel, and each other character goes to
+/// `step(s, out)`, which moves both cursors and returns false to stop.
+template <typename Step>
+inline char* asciiFamilyLoop(const unsigned char* s, const unsigned char* se, char* out,
+                             char* end, Step step) {
+    const Kernels& k = kernels();
+    while (s < se && out < end) {
+        if (*s < 0x80) {
+            size_t run = k.asciiRun(s, span(s, se, out, end), out);
+            s += run;
+            out += run;
+            continue;
+        }
+        if (!step(s, out)) break;
+    }
+    return out;
+}
+
 }  // namespace qarq::vorn::nls

@@ -56,17 +56,10 @@ char* vornnls5_ebcdic_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
             continue;
         }
         // Shifted: pairs from 0x40 to 0xFE, shift-in, or single bytes.
-        // Runs of pairs with three-byte forms (the common ones) go first,
-        // with no test of the form's length per pair.
-        while (sourceEnd - s >= 2 && targetEnd - out >= 3 && s[0] - 0x40u <= 0xFE - 0x40u) {
-            uint32_t e = pairs[(s[0] - nls::kPairLeadFirst4) * 256 + s[1]];
-            if ((e >> 24) != 3) break;
-            out[0] = char(e);
-            out[1] = char(e >> 8);
-            out[2] = char(e >> 16);
-            out += 3;
-            s += 2;
-        }
+        // Runs of pairs with three-byte forms go first.
+        nls::threeBytePairsToUtf8<nls::kPairLeadFirst4>(
+            pairs, [](unsigned char b) { return b - 0x40u <= 0xFE - 0x40u; }, s, sourceEnd, out,
+            targetEnd);
         if (!(s < sourceEnd && out < targetEnd)) break;
         unsigned b = *s;
         if (b >= 0x40 && b <= 0xFE) {
@@ -133,14 +126,7 @@ char* vornnls5_ebcdic_dbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned ch
         // Shifted, runs of three-byte sequences whose entries are pairs
         // (the common case of host double-byte text) go first.
         if (shifted) {
-            while (sourceEnd - s >= 3 && targetEnd - out >= 2 && s[0] >= 0xE0) {
-                uint16_t w = map[(s[0] & 0x0Fu) << 12 | (s[1] & 0x3Fu) << 6 | (s[2] & 0x3Fu)];
-                if (w < 0x100) break;
-                out[0] = char(w >> 8);
-                out[1] = char(w);
-                out += 2;
-                s += 3;
-            }
+            nls::threeBytesToPairs(map, s, sourceEnd, out, targetEnd);
             if (!(s < sourceEnd && out < targetEnd)) break;
         }
         uint32_t v;
@@ -150,9 +136,7 @@ char* vornnls5_ebcdic_dbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned ch
         if (shifted) {
             if (w >= 0x100) {
                 if (targetEnd - out < 2) break;
-                out[0] = char(w >> 8);
-                out[1] = char(w);
-                out += 2;
+                nls::putPair(out, w);
             } else if (targetEnd - out >= 2) {
                 out[0] = char(kShiftIn);
                 out[1] = char(w);
