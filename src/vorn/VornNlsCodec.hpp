@@ -1,13 +1,23 @@
-// Inline pieces shared by the conversion engines: reading one UTF-8
-// character by the engines' lenient rule, writing packed UTF-8 forms, and
-// single bytes to UTF-8 through the level's kernels.
+// Inline pieces shared by the conversion engines: their entry trace point,
+// reading one UTF-8 character by the engines' lenient rule, writing packed
+// UTF-8 forms and double-byte codes, single bytes to UTF-8 through the
+// level's kernels, the runs of pairs both double-byte families take, and the
+// loop of the ASCII-family engines.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
 
+#include "qarq/ras/HeskTrace.hpp"
 #include "vorn/VornNlsSimd.hpp"
 #include "vorn/VornNlsTable.hpp"
+#include "vorn/VornTrace.hpp"
+
+// The entry trace point of an engine, in the engine's own body (its line is
+// the engine's).
+#define VORNNLS_ENGINE_ENTRY(fn)                                               \
+    QARQ_TRACE_POINT(qarq::vorn::traceControl(), HESK_TRACE_ENTRY, fn,         \
+                     qarq::ras::pair(source, uint32_t(sourceEnd - source)))
 
 namespace qarq::vorn::nls {
 

@@ -1,22 +1,16 @@
 #include "vorn/vornnls4.hpp"
 
-#include "qarq/ras/HeskTrace.hpp"
 #include "vorn/VornNlsCodec.hpp"
-#include "vorn/VornTrace.hpp"
 
 namespace nls = qarq::vorn::nls;
 using nls::put;
-
-#define VORNNLS4_ENTRY(fn)                                                               \
-    QARQ_TRACE_POINT(qarq::vorn::traceControl(), HESK_TRACE_ENTRY, fn,                   \
-                     qarq::ras::pair(source, uint32_t(sourceEnd - source)))
 
 extern "C" {
 
 char* vornnls4_ascii_sbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                   const unsigned char* sourceEnd, char* target,
                                   char* targetEnd) {
-    VORNNLS4_ENTRY("vornnls4_ascii_sbcs_to_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls4_ascii_sbcs_to_utf8");
     return nls::sbcsToUtf8<true>(nls::derivedOf(cs), source, sourceEnd, target,
                                  targetEnd);
 }
@@ -24,7 +18,7 @@ char* vornnls4_ascii_sbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char*
 char* vornnls4_ascii_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                   const unsigned char* sourceEnd, char* target,
                                   char* targetEnd) {
-    VORNNLS4_ENTRY("vornnls4_ascii_dbcs_to_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls4_ascii_dbcs_to_utf8");
     const nls::Derived* d = nls::derivedOf(cs);
     const uint32_t* t = d->toUtf8;
     const uint32_t* pairs = nls::pairForms(d);
@@ -51,7 +45,7 @@ char* vornnls4_ascii_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char*
 char* vornnls4_ascii_mbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                   const unsigned char* sourceEnd, char* target,
                                   char* targetEnd) {
-    VORNNLS4_ENTRY("vornnls4_ascii_mbcs_to_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls4_ascii_mbcs_to_utf8");
     const uint32_t* t = nls::derivedOf(cs)->toUtf8;
     const unsigned char* data = nls::dataArea(cs);
     const unsigned char* byteClass = cs->table + nls::kOffByteClass;
@@ -98,7 +92,7 @@ char* vornnls4_ascii_mbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char*
 char* vornnls4_ascii_sbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                     const unsigned char* sourceEnd, char* target,
                                     char* targetEnd) {
-    VORNNLS4_ENTRY("vornnls4_ascii_sbcs_from_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls4_ascii_sbcs_from_utf8");
     const uint8_t* map = nls::fromByte(nls::derivedOf(cs));
     return nls::asciiFamilyLoop(source, sourceEnd, target, targetEnd,
                                 [&](const unsigned char*& s, char*& out) {
@@ -114,7 +108,7 @@ char* vornnls4_ascii_sbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned cha
 char* vornnls4_ascii_dbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                     const unsigned char* sourceEnd, char* target,
                                     char* targetEnd) {
-    VORNNLS4_ENTRY("vornnls4_ascii_dbcs_from_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls4_ascii_dbcs_from_utf8");
     const uint16_t* map = nls::fromWord(nls::derivedOf(cs));
     return nls::asciiFamilyLoop(
         source, sourceEnd, target, targetEnd, [&](const unsigned char*& s, char*& out) {
@@ -140,7 +134,7 @@ char* vornnls4_ascii_dbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned cha
 char* vornnls4_ascii_mbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                     const unsigned char* sourceEnd, char* target,
                                     char* targetEnd) {
-    VORNNLS4_ENTRY("vornnls4_ascii_mbcs_from_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls4_ascii_mbcs_from_utf8");
     const unsigned char* data = nls::dataArea(cs);
     const unsigned char* fromPage = cs->table + nls::kOffFromPage;
     return nls::asciiFamilyLoop(

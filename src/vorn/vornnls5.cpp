@@ -1,15 +1,9 @@
 #include "vorn/vornnls5.hpp"
 
-#include "qarq/ras/HeskTrace.hpp"
 #include "vorn/VornNlsCodec.hpp"
-#include "vorn/VornTrace.hpp"
 
 namespace nls = qarq::vorn::nls;
 using nls::put;
-
-#define VORNNLS5_ENTRY(fn)                                                               \
-    QARQ_TRACE_POINT(qarq::vorn::traceControl(), HESK_TRACE_ENTRY, fn,                   \
-                     qarq::ras::pair(source, uint32_t(sourceEnd - source)))
 
 namespace {
 
@@ -23,7 +17,7 @@ extern "C" {
 char* vornnls5_ebcdic_sbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                    const unsigned char* sourceEnd, char* target,
                                    char* targetEnd) {
-    VORNNLS5_ENTRY("vornnls5_ebcdic_sbcs_to_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls5_ebcdic_sbcs_to_utf8");
     return nls::sbcsToUtf8<false>(nls::derivedOf(cs), source, sourceEnd, target,
                                   targetEnd);
 }
@@ -31,7 +25,7 @@ char* vornnls5_ebcdic_sbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
 char* vornnls5_ebcdic_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                    const unsigned char* sourceEnd, char* target,
                                    char* targetEnd) {
-    VORNNLS5_ENTRY("vornnls5_ebcdic_dbcs_to_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls5_ebcdic_dbcs_to_utf8");
     const nls::Derived* d = nls::derivedOf(cs);
     const uint32_t* t = d->toUtf8;
     const uint32_t* pairs = nls::pairForms(d);
@@ -80,7 +74,7 @@ char* vornnls5_ebcdic_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
 char* vornnls5_ebcdic_sbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                      const unsigned char* sourceEnd, char* target,
                                      char* targetEnd) {
-    VORNNLS5_ENTRY("vornnls5_ebcdic_sbcs_from_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls5_ebcdic_sbcs_from_utf8");
     const nls::Derived* d = nls::derivedOf(cs);
     const uint8_t* map = nls::fromByte(d);
     const nls::Kernels& k = nls::kernels();
@@ -106,7 +100,7 @@ char* vornnls5_ebcdic_sbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned ch
 char* vornnls5_ebcdic_dbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                      const unsigned char* sourceEnd, char* target,
                                      char* targetEnd) {
-    VORNNLS5_ENTRY("vornnls5_ebcdic_dbcs_from_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls5_ebcdic_dbcs_from_utf8");
     const nls::Derived* d = nls::derivedOf(cs);
     const uint16_t* map = nls::fromWord(d);
     const nls::Kernels& k = nls::kernels();
