@@ -18,6 +18,7 @@
 
 #include "qarq/vorn/vornnls2.hpp"
 #include "qarq/vorn/vornnls3.hpp"
+#include "support/Utf8.hpp"
 #include "vorn/VornNlsSimd.hpp"
 #include "vorn/VornNlsTable.hpp"
 
@@ -27,18 +28,7 @@
 
 namespace {
 
-std::string utf8(uint32_t v) {
-    std::string s;
-    if (v < 0x80) {
-        s += char(v);
-    } else if (v < 0x800) {
-        s += char(0xC0 | v >> 6), s += char(0x80 | (v & 0x3F));
-    } else {
-        s += char(0xE0 | v >> 12), s += char(0x80 | ((v >> 6) & 0x3F)),
-            s += char(0x80 | (v & 0x3F));
-    }
-    return s;
-}
+using qarq::support::utf8;
 
 // About 256 KB of prose; one letter in fifty accented.
 std::string prose() {

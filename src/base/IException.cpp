@@ -246,24 +246,25 @@ void pushText(TextNode*& top, uint32_t& count, const Char* text) {
     ++count;
 }
 
+// With no text yet, appending is setting the first one.
+template <typename Char>
+IException& appendToTop(IException& exception, TextNode* top, const Char* text) {
+    if (text == nullptr)
+        return exception;
+    if (top == nullptr)
+        return exception.setText(text);
+    top->text.append(text);
+    return exception;
+}
+
 }  // namespace
 
 IException& IException::appendText(const char* text) {
-    if (ivData == nullptr || text == nullptr)
-        return *this;
-    if (ivData->topText == nullptr)
-        return setText(text);
-    ivData->topText->text.append(text);
-    return *this;
+    return ivData != nullptr ? appendToTop(*this, ivData->topText, text) : *this;
 }
 
 IException& IException::appendText(const wchar_t* text) {
-    if (ivData == nullptr || text == nullptr)
-        return *this;
-    if (ivData->topText == nullptr)
-        return setText(text);
-    ivData->topText->text.append(text);
-    return *this;
+    return ivData != nullptr ? appendToTop(*this, ivData->topText, text) : *this;
 }
 
 IException& IException::setText(const char* text) {

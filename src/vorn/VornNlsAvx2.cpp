@@ -9,36 +9,36 @@
 
 #include <cstring>
 
+#include "vorn/VornNlsSteps.hpp"
+
 #define QARQ_AVX2 __attribute__((target("avx2")))
 
 namespace qarq::vorn::nls {
 namespace {
 
-QARQ_AVX2 inline __m256i load(const unsigned char* p) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-}
-
-// The first j bytes of `v` to `out` (j < 32): the rest of the step's bytes
-// are not the kernel's to write.
-QARQ_AVX2 inline void storePart(char* out, __m256i v, unsigned j) {
-    alignas(32) char buffer[32];
-    _mm256_store_si256(reinterpret_cast<__m256i*>(buffer), v);
-    std::memcpy(out, buffer, j);
-}
-
-QARQ_AVX2 size_t asciiRun(const unsigned char* s, size_t n, char* out) {
-    size_t k = 0;
-    for (; n - k >= 32; k += 32) {
-        __m256i x = load(s + k);
+struct AsciiStep {
+    static constexpr size_t kWidth = 32;
+    QARQ_AVX2 bool copy(const unsigned char* s, char* out, size_t& j) const {
+        __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
         auto stop = unsigned(_mm256_movemask_epi8(x));
-        if (stop != 0) {
-            unsigned j = unsigned(__builtin_ctz(stop));
-            storePart(out + k, x, j);
-            return k + j;
+        if (stop == 0) {
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), x);
+            return true;
         }
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + k), x);
+        // Only the bytes before the stop are the kernel's to write.
+        j = unsigned(__builtin_ctz(stop));
+        alignas(32) char buffer[32];
+        _mm256_store_si256(reinterpret_cast<__m256i*>(buffer), x);
+        std::memcpy(out, buffer, j);
+        return false;
     }
-    return k + scalarAsciiRun(s + k, n - k, out + k);
+    size_t rest(const unsigned char* s, size_t n, char* out) const {
+        return scalarAsciiRun(s, n, out);
+    }
+};
+
+[[gnu::flatten]] QARQ_AVX2 size_t asciiRun(const unsigned char* s, size_t n, char* out) {
+    return runBySteps(AsciiStep(), s, n, out);
 }
 
 }  // namespace

@@ -1,13 +1,23 @@
-// Inline pieces shared by the conversion engines: reading one UTF-8
-// character by the engines' lenient rule, writing packed UTF-8 forms, and
-// single bytes to UTF-8 through the level's kernels.
+// Inline pieces shared by the conversion engines: their entry trace point,
+// reading one UTF-8 character by the engines' lenient rule, writing packed
+// UTF-8 forms and double-byte codes, single bytes to UTF-8 through the
+// level's kernels, the runs of pairs both double-byte families take, and the
+// loop of the ASCII-family engines.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
 
+#include "qarq/ras/HeskTrace.hpp"
 #include "vorn/VornNlsSimd.hpp"
 #include "vorn/VornNlsTable.hpp"
+#include "vorn/VornTrace.hpp"
+
+// The entry trace point of an engine, in the engine's own body (its line is
+// the engine's).
+#define VORNNLS_ENGINE_ENTRY(fn)                                               \
+    QARQ_TRACE_POINT(qarq::vorn::traceControl(), HESK_TRACE_ENTRY, fn,         \
+                     qarq::ras::pair(source, uint32_t(sourceEnd - source)))
 
 namespace qarq::vorn::nls {
 
@@ -132,6 +142,61 @@ inline char* sbcsToUtf8(const Derived* d, const unsigned char* s, const unsigned
             if (!put(out, end, t[*s])) return out;
             ++s;
         }
+    }
+    return out;
+}
+
+/// Writes double-byte code `w`, lead byte first (two bytes of room are known).
+inline void putPair(char*& out, uint16_t w) {
+    out[0] = char(w >> 8);
+    out[1] = char(w);
+    out += 2;
+}
+
+/// Runs of pairs whose forms have three bytes (the common ones), with no
+/// test of the form's length per pair; stops at a byte `isLead` refuses or
+/// at the first other form. Pair tables start at lead byte kLeadFirst.
+template <unsigned kLeadFirst, typename IsLead>
+inline void threeBytePairsToUtf8(const uint32_t* pairs, IsLead isLead, const unsigned char*& s,
+                                 const unsigned char* se, char*& out, const char* end) {
+    while (se - s >= 2 && end - out >= 3 && isLead(s[0])) {
+        uint32_t e = pairs[(s[0] - kLeadFirst) * 256 + s[1]];
+        if ((e >> 24) != 3) break;
+        out[0] = char(e);
+        out[1] = char(e >> 8);
+        out[2] = char(e >> 16);
+        out += 3;
+        s += 2;
+    }
+}
+
+/// Runs of three-byte sequences whose entries are pairs (the common case of
+/// double-byte text), with no other test per character.
+inline void threeBytesToPairs(const uint16_t* map, const unsigned char*& s,
+                              const unsigned char* se, char*& out, const char* end) {
+    while (se - s >= 3 && end - out >= 2 && s[0] >= 0xE0) {
+        uint16_t w = map[(s[0] & 0x0Fu) << 12 | (s[1] & 0x3Fu) << 6 | (s[2] & 0x3Fu)];
+        if (w < 0x100) break;
+        putPair(out, w);
+        s += 3;
+    }
+}
+
+/// The loop of the ASCII-family engines: runs of bytes below 0x80 are
+/// copied by the level's kernel, and each other character goes to
+/// `step(s, out)`, which moves both cursors and returns false to stop.
+template <typename Step>
+inline char* asciiFamilyLoop(const unsigned char* s, const unsigned char* se, char* out,
+                             char* end, Step step) {
+    const Kernels& k = kernels();
+    while (s < se && out < end) {
+        if (*s < 0x80) {
+            size_t run = k.asciiRun(s, span(s, se, out, end), out);
+            s += run;
+            out += run;
+            continue;
+        }
+        if (!step(s, out)) break;
     }
     return out;
 }

@@ -61,24 +61,26 @@ void translate(unsigned char* buffer, unsigned length, const unsigned char (&tab
     }
 }
 
+// Entry and exit points name the C function the caller sees.
+void tracedTranslate(const char* function, unsigned char* buffer, unsigned length,
+                     const unsigned char (&table)[256]) {
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, function,
+                     qarq::ras::pair(buffer, buffer != nullptr ? length : 0u));
+    translate(buffer, length, table);
+    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, function,
+                     qarq::ras::pair(buffer, buffer != nullptr ? length : 0u));
+}
+
 }  // namespace
 
 extern "C" {
 
 void VornNlsPEngE2A(unsigned char* buffer, unsigned length) {
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsPEngE2A",
-                     qarq::ras::pair(buffer, buffer != nullptr ? length : 0u));
-    translate(buffer, length, kEbcdicToAscii);
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornNlsPEngE2A",
-                     qarq::ras::pair(buffer, buffer != nullptr ? length : 0u));
+    tracedTranslate("VornNlsPEngE2A", buffer, length, kEbcdicToAscii);
 }
 
 void VornNlsPEngA2E(unsigned char* buffer, unsigned length) {
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_ENTRY, "VornNlsPEngA2E",
-                     qarq::ras::pair(buffer, buffer != nullptr ? length : 0u));
-    translate(buffer, length, kAsciiToEbcdic);
-    QARQ_TRACE_POINT(traceControl(), HESK_TRACE_EXIT, "VornNlsPEngA2E",
-                     qarq::ras::pair(buffer, buffer != nullptr ? length : 0u));
+    tracedTranslate("VornNlsPEngA2E", buffer, length, kAsciiToEbcdic);
 }
 
 }  // extern "C"

@@ -9,36 +9,36 @@
 
 #include <cstring>
 
+#include "vorn/VornNlsSteps.hpp"
+
 #define QARQ_SSE42 __attribute__((target("sse4.2")))
 
 namespace qarq::vorn::nls {
 namespace {
 
-QARQ_SSE42 inline __m128i load(const unsigned char* p) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-}
-
-// The first j bytes of `v` to `out` (j < 16): the rest of the step's bytes
-// are not the kernel's to write.
-QARQ_SSE42 inline void storePart(char* out, __m128i v, unsigned j) {
-    alignas(16) char buffer[16];
-    _mm_store_si128(reinterpret_cast<__m128i*>(buffer), v);
-    std::memcpy(out, buffer, j);
-}
-
-QARQ_SSE42 size_t asciiRun(const unsigned char* s, size_t n, char* out) {
-    size_t k = 0;
-    for (; n - k >= 16; k += 16) {
-        __m128i x = load(s + k);
+struct AsciiStep {
+    static constexpr size_t kWidth = 16;
+    QARQ_SSE42 bool copy(const unsigned char* s, char* out, size_t& j) const {
+        __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
         auto stop = unsigned(_mm_movemask_epi8(x));
-        if (stop != 0) {
-            unsigned j = unsigned(__builtin_ctz(stop));
-            storePart(out + k, x, j);
-            return k + j;
+        if (stop == 0) {
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out), x);
+            return true;
         }
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + k), x);
+        // Only the bytes before the stop are the kernel's to write.
+        j = unsigned(__builtin_ctz(stop));
+        alignas(16) char buffer[16];
+        _mm_store_si128(reinterpret_cast<__m128i*>(buffer), x);
+        std::memcpy(out, buffer, j);
+        return false;
     }
-    return k + scalarAsciiRun(s + k, n - k, out + k);
+    size_t rest(const unsigned char* s, size_t n, char* out) const {
+        return scalarAsciiRun(s, n, out);
+    }
+};
+
+[[gnu::flatten]] QARQ_SSE42 size_t asciiRun(const unsigned char* s, size_t n, char* out) {
+    return runBySteps(AsciiStep(), s, n, out);
 }
 
 }  // namespace

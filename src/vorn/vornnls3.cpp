@@ -17,8 +17,7 @@ namespace nls = qarq::vorn::nls;
 
 namespace {
 
-using Engine = char* (*)(const VornNlsCodeSet*, const unsigned char*, const unsigned char*,
-                         char*, char*);
+using Engine = VornNlsEngine*;
 
 char* passThrough(const VornNlsCodeSet*, const unsigned char* s, const unsigned char* se,
                   char* out, char* end) {

@@ -1,15 +1,9 @@
 #include "vorn/vornnls5.hpp"
 
-#include "qarq/ras/HeskTrace.hpp"
 #include "vorn/VornNlsCodec.hpp"
-#include "vorn/VornTrace.hpp"
 
 namespace nls = qarq::vorn::nls;
 using nls::put;
-
-#define VORNNLS5_ENTRY(fn)                                                               \
-    QARQ_TRACE_POINT(qarq::vorn::traceControl(), HESK_TRACE_ENTRY, fn,                   \
-                     qarq::ras::pair(source, uint32_t(sourceEnd - source)))
 
 namespace {
 
@@ -23,7 +17,7 @@ extern "C" {
 char* vornnls5_ebcdic_sbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                    const unsigned char* sourceEnd, char* target,
                                    char* targetEnd) {
-    VORNNLS5_ENTRY("vornnls5_ebcdic_sbcs_to_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls5_ebcdic_sbcs_to_utf8");
     return nls::sbcsToUtf8<false>(nls::derivedOf(cs), source, sourceEnd, target,
                                   targetEnd);
 }
@@ -31,7 +25,7 @@ char* vornnls5_ebcdic_sbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
 char* vornnls5_ebcdic_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                    const unsigned char* sourceEnd, char* target,
                                    char* targetEnd) {
-    VORNNLS5_ENTRY("vornnls5_ebcdic_dbcs_to_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls5_ebcdic_dbcs_to_utf8");
     const nls::Derived* d = nls::derivedOf(cs);
     const uint32_t* t = d->toUtf8;
     const uint32_t* pairs = nls::pairForms(d);
@@ -56,17 +50,10 @@ char* vornnls5_ebcdic_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
             continue;
         }
         // Shifted: pairs from 0x40 to 0xFE, shift-in, or single bytes.
-        // Runs of pairs with three-byte forms (the common ones) go first,
-        // with no test of the form's length per pair.
-        while (sourceEnd - s >= 2 && targetEnd - out >= 3 && s[0] - 0x40u <= 0xFE - 0x40u) {
-            uint32_t e = pairs[(s[0] - nls::kPairLeadFirst4) * 256 + s[1]];
-            if ((e >> 24) != 3) break;
-            out[0] = char(e);
-            out[1] = char(e >> 8);
-            out[2] = char(e >> 16);
-            out += 3;
-            s += 2;
-        }
+        // Runs of pairs with three-byte forms go first.
+        nls::threeBytePairsToUtf8<nls::kPairLeadFirst4>(
+            pairs, [](unsigned char b) { return b - 0x40u <= 0xFE - 0x40u; }, s, sourceEnd, out,
+            targetEnd);
         if (!(s < sourceEnd && out < targetEnd)) break;
         unsigned b = *s;
         if (b >= 0x40 && b <= 0xFE) {
@@ -87,7 +74,7 @@ char* vornnls5_ebcdic_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
 char* vornnls5_ebcdic_sbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                      const unsigned char* sourceEnd, char* target,
                                      char* targetEnd) {
-    VORNNLS5_ENTRY("vornnls5_ebcdic_sbcs_from_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls5_ebcdic_sbcs_from_utf8");
     const nls::Derived* d = nls::derivedOf(cs);
     const uint8_t* map = nls::fromByte(d);
     const nls::Kernels& k = nls::kernels();
@@ -113,7 +100,7 @@ char* vornnls5_ebcdic_sbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned ch
 char* vornnls5_ebcdic_dbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned char* source,
                                      const unsigned char* sourceEnd, char* target,
                                      char* targetEnd) {
-    VORNNLS5_ENTRY("vornnls5_ebcdic_dbcs_from_utf8");
+    VORNNLS_ENGINE_ENTRY("vornnls5_ebcdic_dbcs_from_utf8");
     const nls::Derived* d = nls::derivedOf(cs);
     const uint16_t* map = nls::fromWord(d);
     const nls::Kernels& k = nls::kernels();
@@ -133,14 +120,7 @@ char* vornnls5_ebcdic_dbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned ch
         // Shifted, runs of three-byte sequences whose entries are pairs
         // (the common case of host double-byte text) go first.
         if (shifted) {
-            while (sourceEnd - s >= 3 && targetEnd - out >= 2 && s[0] >= 0xE0) {
-                uint16_t w = map[(s[0] & 0x0Fu) << 12 | (s[1] & 0x3Fu) << 6 | (s[2] & 0x3Fu)];
-                if (w < 0x100) break;
-                out[0] = char(w >> 8);
-                out[1] = char(w);
-                out += 2;
-                s += 3;
-            }
+            nls::threeBytesToPairs(map, s, sourceEnd, out, targetEnd);
             if (!(s < sourceEnd && out < targetEnd)) break;
         }
         uint32_t v;
@@ -150,9 +130,7 @@ char* vornnls5_ebcdic_dbcs_from_utf8(const VornNlsCodeSet* cs, const unsigned ch
         if (shifted) {
             if (w >= 0x100) {
                 if (targetEnd - out < 2) break;
-                out[0] = char(w >> 8);
-                out[1] = char(w);
-                out += 2;
+                nls::putPair(out, w);
             } else if (targetEnd - out >= 2) {
                 out[0] = char(kShiftIn);
                 out[1] = char(w);

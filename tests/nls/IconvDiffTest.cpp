@@ -13,6 +13,7 @@
 
 #include "qarq/vorn/vornnls3.hpp"
 #include "support/CodesetTree.hpp"
+#include "support/Utf8.hpp"
 #include "NlsSupport.hpp"
 #include "vorn/VornNlsTable.hpp"
 
@@ -20,6 +21,7 @@ namespace {
 
 using qarq::test::CodesetTree;
 using qarq::test::Record;
+using qarq::support::utf8;
 
 class Iconv {
 public:
@@ -47,19 +49,6 @@ public:
 private:
     iconv_t cd_;
 };
-
-std::string utf8(uint32_t v) {
-    std::string s;
-    if (v < 0x80) {
-        s += char(v);
-    } else if (v < 0x800) {
-        s += char(0xC0 | v >> 6), s += char(0x80 | (v & 0x3F));
-    } else {
-        s += char(0xE0 | v >> 12), s += char(0x80 | ((v >> 6) & 0x3F)),
-            s += char(0x80 | (v & 0x3F));
-    }
-    return s;
-}
 
 // True when `s` is exactly one UTF-8 character of the UCS-2 range, not U+FFFF.
 bool oneUcs2Character(const std::string& s) {

@@ -99,7 +99,7 @@ TEST(Loader, Utf8NeedsNoFileButLowerCaseUtf8IsAFileName) {
 
 TEST(Loader, FailuresUnderBindirFallBackToTheCurrentDirectory) {
     BindirTree tree;
-    qarq::test::TempDir cwd;
+    qarq::support::TempDir cwd;
     qarq::test::ScopedCwd inCwd(cwd.path());
     qarq::test::writeFile(cwd.path() + "/C1", qarq::test::ebcdicSbcs().bytes());
     Record fromCwd(vornnls2_cs_new("C1"));
@@ -204,14 +204,14 @@ TEST(Loader, PathsAndBindirNearTheLimits) {
     EXPECT_TRUE(mentions(log, "vornnls2_load_table", "/tmp/some/dir/NNN"));
 
     // BINDIR is used while its length plus 27 stays below 255.
-    qarq::test::TempDir root;
+    qarq::support::TempDir root;
     for (size_t length : {228u, 227u}) {
         std::string bindir = root.path();
         bindir += "/" + std::string(length - bindir.size() - 1, 'b');
         ASSERT_EQ(bindir.size(), length);
         std::filesystem::create_directories(bindir + "/GRV/server/codeset");
         qarq::test::writeFile(bindir + "/GRV/server/codeset/T", qarq::test::asciiSbcs().bytes());
-        qarq::test::ScopedEnv env("BINDIR", bindir.c_str());
+        qarq::support::ScopedEnv env("BINDIR", bindir.c_str());
         qarq::test::ScopedCwd cwd(root.path());
         Record cs(vornnls2_cs_new("T"));
         EXPECT_EQ(cs != nullptr, length == 227u) << length;

@@ -16,8 +16,8 @@ namespace {
 using qarq::test::BindirTree;
 using qarq::test::ErrorLog;
 using qarq::test::ScopedCwd;
-using qarq::test::ScopedEnv;
-using qarq::test::TempDir;
+using qarq::support::ScopedEnv;
+using qarq::support::TempDir;
 
 // Runs in an empty working directory with no BINDIR, so that no aliases
 // file is found unless the test writes one.
@@ -40,7 +40,7 @@ protected:
         vornnls1_get_table_name(source.c_str(), buffer, length);
         return buffer;
     }
-    void aliases(const std::string& text) { qarq::test::writeFile(cwd.path() + "/aliases", text); }
+    void aliases(const std::string& text) { qarq::support::writeFile(cwd.path() + "/aliases", text); }
 };
 
 TEST_F(Names, TableNamesKeepDigitsAndUpperCaseLetters) {
@@ -102,7 +102,7 @@ TEST_F(Names, BindirAliasesComeFirstWhileBindirIsShortEnough) {
     for (size_t length : {221u, 220u}) {
         std::string bindir = root.path() + "/" + std::string(length - root.path().size() - 1, 'b');
         std::filesystem::create_directories(bindir + "/GRV/server/codeset");
-        qarq::test::writeFile(bindir + "/GRV/server/codeset/aliases", "1252 LONG\n");
+        qarq::support::writeFile(bindir + "/GRV/server/codeset/aliases", "1252 LONG\n");
         ScopedEnv env("BINDIR", bindir.c_str());
         EXPECT_EQ(alias("1252"), length == 220u ? "LONG" : "FROMCWD") << length;
     }

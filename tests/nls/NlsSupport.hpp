@@ -1,6 +1,7 @@
-// Helpers of the code-set tests: a temporary BINDIR tree, scoped environment
-// variables and working directory, records loaded from UcvImage, and a sink
-// that collects the errors the library logs.
+// Helpers of the code-set tests: a temporary BINDIR tree, a scoped working
+// directory, records loaded from UcvImage, and a sink that collects the
+// errors the library logs. Environment variables, temporary directories and
+// files come from the shared test support.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,56 +19,13 @@
 #include "qarq/ras/HeskLog.hpp"
 #include "qarq/vorn/vornnls2.hpp"
 #include "qarq/vorn/vornnls6.hpp"
+#include "support/TestSupport.hpp"
 
 namespace qarq::test {
 
-class ScopedEnv {
-public:
-    ScopedEnv(const char* name, const char* value) : name_(name) {
-        if (const char* old = getenv(name)) old_ = old, had_ = true;
-        if (value != nullptr)
-            setenv(name, value, 1);
-        else
-            unsetenv(name);
-    }
-    ~ScopedEnv() {
-        if (had_)
-            setenv(name_.c_str(), old_.c_str(), 1);
-        else
-            unsetenv(name_.c_str());
-    }
-    ScopedEnv(const ScopedEnv&) = delete;
-    ScopedEnv& operator=(const ScopedEnv&) = delete;
-
-private:
-    std::string name_, old_;
-    bool had_ = false;
-};
-
-/// A temporary directory, removed with its contents at the end.
-class TempDir {
-public:
-    TempDir() {
-        char pattern[] = "/tmp/qarq-nls-XXXXXX";
-        path_ = mkdtemp(pattern);
-    }
-    ~TempDir() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    const std::string& path() const { return path_; }
-
-private:
-    std::string path_;
-};
-
-inline void writeFile(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary).write(bytes.data(), std::streamsize(bytes.size()));
-}
+/// Table images are byte vectors; the shared helper writes strings.
 inline void writeFile(const std::string& path, const std::vector<uint8_t>& bytes) {
-    writeFile(path, std::string(bytes.begin(), bytes.end()));
+    support::writeFile(path, std::string(bytes.begin(), bytes.end()));
 }
 
 /// $BINDIR/GRV/server/codeset under a temporary directory, with BINDIR set.
@@ -83,12 +41,12 @@ public:
         writeFile(codeset_ + name, bytes);
     }
     void put(const std::string& name, const std::string& bytes) const {
-        writeFile(codeset_ + name, bytes);
+        support::writeFile(codeset_ + name, bytes);
     }
 
 private:
-    TempDir dir_;
-    ScopedEnv env_;
+    support::TempDir dir_{"qarq-nls"};
+    support::ScopedEnv env_;
     std::string codeset_;
 };
 

@@ -15,7 +15,14 @@ inline uint16_t rd16(const uint8_t* p) { return uint16_t(p[0] | p[1] << 8); }
 
 struct Table {
     const uint8_t* t;
-    explicit Table(const VornNlsCodeSet* cs) : t(cs->table) {}
+    uint16_t kind;  // 6 (UTF-8 itself) for a record with no table
+    bool ebcdic;
+    explicit Table(const VornNlsCodeSet* cs)
+        : t(cs->table),
+          kind(cs->table ? cs->kind : 6),
+          ebcdic(cs->table && rd16(cs->table + 50) == 0x1100) {}
+    // Kinds with no table rule copy their bytes unchanged.
+    bool copies() const { return kind < 1 || kind > 4; }
     uint32_t data() const { return uint32_t(t[0] | t[1] << 8 | t[2] << 16 | uint32_t(t[3]) << 24); }
     const uint8_t* at(uint32_t p) const { return t + data() + 4 * size_t(p); }
     uint16_t toFirst(unsigned b) const { return rd16(t + 736 + 2 * b); }
@@ -55,15 +62,23 @@ inline unsigned readUtf8(const uint8_t* s, const uint8_t* e, uint32_t& v) {
     return v = (b & 0x0F) << 12 | (s[1] & 0x3F) << 6 | (s[2] & 0x3F), 3;
 }
 
+inline char* copyBytes(const uint8_t* s, const uint8_t* e, char* out, char* end) {
+    while (s < e && out < end) *out++ = char(*s++);
+    return out;
+}
+
+// A double-byte code, lead byte first.
+inline void writePair(uint16_t w, char*& out) {
+    *out++ = char(w >> 8);
+    *out++ = char(w);
+}
+
 inline char* toUtf8(const VornNlsCodeSet* cs, const uint8_t* s, const uint8_t* e, char* out,
                     char* end) {
-    Table t(cs);
-    const uint16_t kind = cs->table ? cs->kind : 6;
-    const bool ebcdic = cs->table && rd16(cs->table + 50) == 0x1100;
-    if (kind < 1 || kind > 4) {
-        while (s < e && out < end) *out++ = char(*s++);
-        return out;
-    }
+    const Table t(cs);
+    const uint16_t kind = t.kind;
+    const bool ebcdic = t.ebcdic;
+    if (t.copies()) return copyBytes(s, e, out, end);
     bool shifted = false;
     while (s < e && out < end) {
         unsigned b = *s;
@@ -148,13 +163,10 @@ inline char* toUtf8(const VornNlsCodeSet* cs, const uint8_t* s, const uint8_t* e
 
 inline char* fromUtf8(const VornNlsCodeSet* cs, const uint8_t* s, const uint8_t* e, char* out,
                       char* end) {
-    Table t(cs);
-    const uint16_t kind = cs->table ? cs->kind : 6;
-    const bool ebcdic = cs->table && rd16(cs->table + 50) == 0x1100;
-    if (kind < 1 || kind > 4) {
-        while (s < e && out < end) *out++ = char(*s++);
-        return out;
-    }
+    const Table t(cs);
+    const uint16_t kind = t.kind;
+    const bool ebcdic = t.ebcdic;
+    if (t.copies()) return copyBytes(s, e, out, end);
     bool shifted = false;
     while (s < e && out < end) {
         if (*s < 0x80 && kind != 4 && !(kind == 1 && ebcdic)) {
@@ -174,8 +186,7 @@ inline char* fromUtf8(const VornNlsCodeSet* cs, const uint8_t* s, const uint8_t*
             if (w == 0xFFFF) w = 0x3F;
             if (w >= 0x100) {
                 if (!(out + 1 < end)) break;
-                *out++ = char(w >> 8);
-                *out++ = char(w);
+                writePair(w, out);
             } else {
                 *out++ = char(w);
             }
@@ -190,8 +201,7 @@ inline char* fromUtf8(const VornNlsCodeSet* cs, const uint8_t* s, const uint8_t*
                 unsigned n = rd16(p + 14);
                 if (out + n + 1 >= end) break;
                 for (unsigned i = 0; i < n; ++i) *out++ = char(p[i]);
-                *out++ = char(value >> 8);
-                *out++ = char(value);
+                writePair(value, out);
             }
         } else {  // kind 4
             uint16_t w = rd16(page + 2 * (v & 0xFF));
@@ -199,8 +209,7 @@ inline char* fromUtf8(const VornNlsCodeSet* cs, const uint8_t* s, const uint8_t*
             if (shifted) {
                 if (w >= 0x100) {
                     if (!(out + 1 < end)) break;
-                    *out++ = char(w >> 8);
-                    *out++ = char(w);
+                    writePair(w, out);
                 } else if (out + 1 < end) {
                     *out++ = 0x0F;
                     *out++ = char(w);
@@ -209,8 +218,7 @@ inline char* fromUtf8(const VornNlsCodeSet* cs, const uint8_t* s, const uint8_t*
             } else if (w >= 0x100) {
                 if (!(out + 2 < end)) break;
                 *out++ = 0x0E;
-                *out++ = char(w >> 8);
-                *out++ = char(w);
+                writePair(w, out);
                 shifted = true;
             } else {
                 *out++ = char(w);

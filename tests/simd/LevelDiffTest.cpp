@@ -20,6 +20,7 @@
 #include "qarq/vorn/VornNlsSimd.hpp"
 #include "qarq/vorn/vornnls3.hpp"
 #include "support/CodesetTree.hpp"
+#include "support/Utf8.hpp"
 #include "vorn/VornNlsSimd.hpp"
 
 namespace {
@@ -88,17 +89,6 @@ std::string nativeText(const VornNlsCodeSet* cs, std::mt19937& rng, size_t n) {
     return s;
 }
 
-void putUtf8(std::string& s, uint32_t v) {
-    if (v < 0x80) {
-        s += char(v);
-    } else if (v < 0x800) {
-        s += char(0xC0 | v >> 6), s += char(0x80 | (v & 0x3F));
-    } else {
-        s += char(0xE0 | v >> 12), s += char(0x80 | ((v >> 6) & 0x3F)),
-            s += char(0x80 | (v & 0x3F));
-    }
-}
-
 // UTF-8 with ASCII runs, two- and three-byte forms, and broken pieces:
 // stray continuation bytes, four-byte sequences, leads without their tail.
 std::string utf8Text(std::mt19937& rng, size_t n) {
@@ -110,9 +100,9 @@ std::string utf8Text(std::mt19937& rng, size_t n) {
             if (r < 3)
                 s += char(0x20 + rng() % 0x5F);
             else if (r < 5)
-                putUtf8(s, 0x80 + rng() % 0x780);
+                qarq::support::appendUtf8(s, 0x80 + rng() % 0x780);
             else if (r < 7)
-                putUtf8(s, 0x800 + rng() % 0xF800);
+                qarq::support::appendUtf8(s, 0x800 + rng() % 0xF800);
             else if (r < 8)
                 s += char(0x80 + rng() % 0x40);
             else if (r < 9)
@@ -272,19 +262,19 @@ INSTANTIATE_TEST_SUITE_P(Simd, Levels,
 
 TEST(SimdLevel, QarqSimdCapsTheLevelAndNoLevelBeyondTheProcessorIsChosen) {
     {
-        qarq::test::ScopedEnv env("QARQ_SIMD", "scalar");
+        qarq::support::ScopedEnv env("QARQ_SIMD", "scalar");
         EXPECT_EQ(nls::simdCapFromEnvironment(), SimdLevel::scalar);
     }
     {
-        qarq::test::ScopedEnv env("QARQ_SIMD", "avx2");
+        qarq::support::ScopedEnv env("QARQ_SIMD", "avx2");
         EXPECT_EQ(nls::simdCapFromEnvironment(), SimdLevel::avx2);
     }
     for (const char* none : {"", "AVX2", "neon"}) {
-        qarq::test::ScopedEnv env("QARQ_SIMD", none);
+        qarq::support::ScopedEnv env("QARQ_SIMD", none);
         EXPECT_EQ(nls::simdCapFromEnvironment(), SimdLevel::avx512) << none;
     }
     {
-        qarq::test::ScopedEnv env("QARQ_SIMD", nullptr);
+        qarq::support::ScopedEnv env("QARQ_SIMD", nullptr);
         EXPECT_EQ(nls::simdCapFromEnvironment(), SimdLevel::avx512);
     }
     ScopedLevel top(SimdLevel::avx512);
