@@ -11,7 +11,7 @@
 
 #include "vorn/VornNlsSteps.hpp"
 
-#define QARQ_AVX2 __attribute__((target("avx2")))
+#define QARQ_AVX2 __attribute__((target("avx2,popcnt")))
 
 namespace qarq::vorn::nls {
 namespace {
@@ -41,12 +41,122 @@ struct AsciiStep {
     return runBySteps(AsciiStep(), s, n, out);
 }
 
+// The shuffles that close up eight characters below U+0100, written as byte
+// pairs (first byte, continuation byte), into their UTF-8 forms: for the
+// mask of the characters from U+0080 up (bit i for character i), the places
+// of the bytes to keep. 4 KiB, built by the compiler.
+struct Latin1Pack {
+    uint8_t shuffle[256][16];
+};
+
+constexpr Latin1Pack makeLatin1Pack() {
+    Latin1Pack p{};
+    for (unsigned mask = 0; mask < 256; ++mask) {
+        unsigned k = 0;
+        for (unsigned i = 0; i < 8; ++i) {
+            p.shuffle[mask][k++] = uint8_t(2 * i);
+            if ((mask >> i) & 1) p.shuffle[mask][k++] = uint8_t(2 * i + 1);
+        }
+        // Places past the forms take a zero byte (top bit set).
+        while (k < 16) p.shuffle[mask][k++] = 0x80;
+    }
+    return p;
+}
+
+constexpr Latin1Pack kLatin1Pack = makeLatin1Pack();
+
+QARQ_AVX2 inline __m128i load16(const void* p) {
+    return _mm_loadu_si128(static_cast<const __m128i*>(p));
+}
+
+// A 256-entry byte table as sixteen rows of sixteen, each row in both
+// lanes: a byte's low four bits pick the entry in every row at once, and
+// its high four bits pick the row, one bit a level, with byte blends that
+// read the top bit of each byte.
+struct Table256 {
+    QARQ_AVX2 explicit Table256(const uint8_t* t) {
+        for (int h = 0; h < 16; ++h) row[h] = _mm256_broadcastsi128_si256(load16(t + 16 * h));
+    }
+    QARQ_AVX2 __m256i operator()(__m256i x) const {
+        const __m256i low = _mm256_and_si256(x, _mm256_set1_epi8(0x0F));
+        // Bits 4, 5 and 6 to the top of their byte (16-bit shifts move no
+        // bit across a byte's top).
+        const __m256i bit4 = _mm256_slli_epi16(x, 3);
+        const __m256i bit5 = _mm256_slli_epi16(x, 2);
+        const __m256i bit6 = _mm256_add_epi8(x, x);
+        // A tree of calls on constant rows, inlined whole, so that nothing
+        // goes through memory but the rows.
+        return _mm256_blendv_epi8(by6(0, low, bit4, bit5, bit6), by6(8, low, bit4, bit5, bit6), x);
+    }
+    QARQ_AVX2 __m256i by4(int h, __m256i low, __m256i bit4) const {
+        return _mm256_blendv_epi8(_mm256_shuffle_epi8(row[h], low),
+                                  _mm256_shuffle_epi8(row[h + 1], low), bit4);
+    }
+    QARQ_AVX2 __m256i by5(int h, __m256i low, __m256i bit4, __m256i bit5) const {
+        return _mm256_blendv_epi8(by4(h, low, bit4), by4(h + 2, low, bit4), bit5);
+    }
+    QARQ_AVX2 __m256i by6(int h, __m256i low, __m256i bit4, __m256i bit5, __m256i bit6) const {
+        return _mm256_blendv_epi8(by5(h, low, bit4, bit5), by5(h + 4, low, bit4, bit5), bit6);
+    }
+    __m256i row[16];
+};
+
+// Writes the UTF-8 forms of 32 characters below U+0100; returns the new end.
+// A block with no character from U+0080 up is stored as it is. Otherwise
+// every character becomes a pair (first byte, continuation byte), and each
+// eight pairs close up by a shuffle chosen by which of them are wide; a
+// store of sixteen bytes leaves up to eight bytes past the forms.
+QARQ_AVX2 inline char* expandLatin1(__m256i c, char* out) {
+    const auto wide = unsigned(_mm256_movemask_epi8(c));
+    if (wide == 0) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), c);
+        return out + 32;
+    }
+    const __m256i lead = _mm256_or_si256(
+        _mm256_and_si256(_mm256_srli_epi16(c, 6), _mm256_set1_epi8(0x03)), _mm256_set1_epi8(char(0xC0)));
+    const __m256i trail = _mm256_or_si256(_mm256_and_si256(c, _mm256_set1_epi8(0x3F)),
+                                          _mm256_set1_epi8(char(0x80)));
+    const __m256i first = _mm256_blendv_epi8(c, lead, c);
+    // Unpacking works per lane: characters 0-7 and 16-23, then 8-15 and 24-31.
+    const __m256i pairsA = _mm256_unpacklo_epi8(first, trail);
+    const __m256i pairsB = _mm256_unpackhi_epi8(first, trail);
+    const unsigned m0 = wide & 0xFF, m1 = (wide >> 8) & 0xFF, m2 = (wide >> 16) & 0xFF, m3 = wide >> 24;
+    const auto& pack = kLatin1Pack.shuffle;
+    const __m256i a = _mm256_shuffle_epi8(
+        pairsA, _mm256_inserti128_si256(_mm256_castsi128_si256(load16(pack[m0])), load16(pack[m2]), 1));
+    const __m256i b = _mm256_shuffle_epi8(
+        pairsB, _mm256_inserti128_si256(_mm256_castsi128_si256(load16(pack[m1])), load16(pack[m3]), 1));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(a));
+    out += 8 + __builtin_popcount(m0);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(b));
+    out += 8 + __builtin_popcount(m1);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_extracti128_si256(a, 1));
+    out += 8 + __builtin_popcount(m2);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_extracti128_si256(b, 1));
+    return out + 8 + __builtin_popcount(m3);
+}
+
 }  // namespace
 
-// Table lookups at this width (16 shuffles a step for 256 entries) were
-// slower than the scalar eight-byte steps on host text, where a wider form
-// every 50 bytes or so ends a step early; the scalar kernels serve instead.
-const Kernels kAvx2Kernels = {SimdLevel::avx2, "avx2", asciiRun, scalarMapRun, scalarMapAsciiRun};
+[[gnu::flatten]] QARQ_AVX2 size_t avx2Latin1ToUtf8(const uint8_t* latin1, const unsigned char* s,
+                                                   size_t n, char*& out, const char* end) {
+    if (n < kLatin1Source || size_t(end - out) < kLatin1Room) return 0;
+    const Table256 table(latin1);
+    char* o = out;
+    size_t k = 0;
+    for (; n - k >= kLatin1Source && size_t(end - o) >= kLatin1Room; k += 32)
+        o = expandLatin1(table(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + k))), o);
+    out = o;
+    return k;
+}
+
+// A run of one-byte forms through a table lookup per step (16 shuffles for
+// 256 entries) was slower than the scalar eight-byte steps on host text,
+// where a wider form every 50 bytes or so ends a run; for the Latin pages,
+// avx2Latin1ToUtf8 does the lookup and expands the wider forms in
+// registers instead, and the scalar run kernels serve the other tables.
+const Kernels kAvx2Kernels = {SimdLevel::avx2, "avx2", asciiRun, scalarMapRun, scalarMapAsciiRun,
+                              avx2Latin1ToUtf8};
 
 }  // namespace qarq::vorn::nls
 

@@ -92,7 +92,8 @@ struct MapAsciiStep {
 
 }  // namespace
 
-const Kernels kAvx512Kernels = {SimdLevel::avx512, "avx512", asciiRun, mapRun, mapAsciiRun};
+const Kernels kAvx512Kernels = {SimdLevel::avx512, "avx512", asciiRun, mapRun, mapAsciiRun,
+                                avx2Latin1ToUtf8};
 
 }  // namespace qarq::vorn::nls
 

@@ -131,6 +131,8 @@ inline char* sbcsToUtf8(const Derived* d, const unsigned char* s, const unsigned
                         char* out, char* end) {
     const Kernels& k = kernels();
     const uint32_t* t = d->toUtf8;
+    if (d->latin1Ok && k.latin1ToUtf8 != nullptr)
+        s += k.latin1ToUtf8(d->latin1, s, size_t(se - s), out, end);
     if (!kAsciiFamily && k.level != SimdLevel::avx512) s = formsToUtf8(t, d->single, s, se, out, end);
     while (s < se && out < end) {
         size_t n = span(s, se, out, end);

@@ -91,7 +91,7 @@ const Kernels& kernelsOf(SimdLevel level) {
 }  // namespace
 
 const Kernels kScalarKernels = {SimdLevel::scalar, "scalar", scalarAsciiRun, scalarMapRun,
-                                scalarMapAsciiRun};
+                                scalarMapAsciiRun, nullptr};
 
 SimdLevel simdCapFromEnvironment() {
     const char* value = os::calls().getenv("QARQ_SIMD");

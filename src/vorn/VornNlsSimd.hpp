@@ -31,7 +31,20 @@ struct Kernels {
     /// Writes table[b] for each byte b below 0x80 (a 128-byte table); stops
     /// at a byte from 0x80 up.
     size_t (*mapAsciiRun)(const uint8_t* table, const unsigned char* s, size_t n, char* out);
+    /// Bytes to UTF-8 through `latin1`, the character (below U+0100) of each
+    /// byte, whole blocks at a time; null at levels without one. Runs while
+    /// at least kLatin1Source bytes are left of the n and kLatin1Room bytes
+    /// of room before `end`; returns the bytes converted and advances `out`.
+    /// May write up to eight bytes past the new `out`: the margins it keeps
+    /// make sure that the caller's next characters overwrite them.
+    size_t (*latin1ToUtf8)(const uint8_t* latin1, const unsigned char* s, size_t n, char*& out,
+                           const char* end);
 };
+
+/// The margins of latin1ToUtf8: a block of 32 bytes and eight more source
+/// bytes, room for their 64 bytes and sixteen more.
+constexpr size_t kLatin1Source = 32 + 8;
+constexpr size_t kLatin1Room = 64 + 16;
 
 /// The kernels in use (settled at the first call).
 const Kernels& kernels();
@@ -54,6 +67,12 @@ QARQ_API const char* simdLevelName(SimdLevel level);
 size_t scalarAsciiRun(const unsigned char* s, size_t n, char* out);
 size_t scalarMapRun(const uint8_t* table, const unsigned char* s, size_t n, char* out);
 size_t scalarMapAsciiRun(const uint8_t* table, const unsigned char* s, size_t n, char* out);
+
+#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+// The AVX2 one serves the AVX-512 level too.
+size_t avx2Latin1ToUtf8(const uint8_t* latin1, const unsigned char* s, size_t n, char*& out,
+                        const char* end);
+#endif
 
 // The kernel sets of each level (defined in their own files on x86-64).
 extern const Kernels kScalarKernels;

@@ -178,6 +178,15 @@ void buildDerived(const unsigned char* image, size_t size, void* out) {
     }
     // The shift-out ends a run of single bytes of kind 4 like a wider form.
     if (kind == 4) d->single[0x0E] = 0x80;
+    // Only kind 1 reads every byte as one character by itself.
+    d->latin1Ok = kind == 1;
+    for (unsigned b = 0; b < 256; ++b) {
+        const uint32_t e = d->toUtf8[b];
+        const uint32_t length = e >> 24;
+        const uint32_t v = length == 1 ? (e & 0x7F) : ((e & 0x1F) << 6 | ((e >> 8) & 0x3F));
+        if (length == 0 || length > 2 || v > 0xFF) d->latin1Ok = 0;
+        d->latin1[b] = uint8_t(v);
+    }
     d->asciiFromOk = 0;
     for (unsigned b = 0; b < 128; ++b) d->asciiFrom[b] = uint8_t(b);
     std::memset(d->asciiFromMarked, 0x80, sizeof d->asciiFromMarked);

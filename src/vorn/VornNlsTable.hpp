@@ -8,7 +8,8 @@
 // the same block, behind the image (aligned to 16 bytes), so that freeing the
 // image frees everything:
 //   all kinds 1-4: 256 packed UTF-8 forms of single bytes, their one-byte
-//                  forms and the one-byte forms of ASCII from UTF-8 (1.4 KiB)
+//                  forms, their characters when all are below U+0100, and
+//                  the one-byte forms of ASCII from UTF-8 (1.9 KiB)
 //   kind 1: a direct UCS-2 -> byte map with the substitution rule applied (64 KiB)
 //   kinds 2, 4: a direct UCS-2 -> 16-bit entry map, no mapping already turned
 //               into the code set's question mark (128 KiB), and the packed
@@ -81,6 +82,12 @@ struct Derived {
     // ASCII value truly maps to the byte 0x80.
     uint8_t asciiFromMarked[256];
     uint32_t asciiFromOk;
+    // The character of each byte when every byte of the table is one
+    // character from U+0000 to U+00FF (latin1Ok; the Latin host pages):
+    // vector code then looks the bytes up and expands them to UTF-8 in
+    // registers, a block at a time, with no branch per wider form.
+    uint32_t latin1Ok;
+    uint8_t latin1[256];
     // kind 1: uint8_t fromByte[65536]; kinds 2, 4: uint16_t fromWord[65536],
     // then uint32_t pairs[leads][256] (packed UTF-8 forms)
 };
