@@ -9,7 +9,7 @@
 #
 # The input is the bundled host report in code page 37, repeated; it is made
 # in a temporary directory and removed at the end. Both commands read the file
-# and write to /dev/null. Time and peak resident memory come from
+# and write their output to a file beside it, as a user converting a file would. Time and peak resident memory come from
 # /usr/bin/time -v (the figure is the whole process, tables and libraries
 # included).
 set -eu
@@ -50,7 +50,8 @@ best() {
     bestKb=0
     r=0
     while [ $r -lt "$rounds" ]; do
-        /usr/bin/time -v -o "$work/time" "$@" > /dev/null
+        rm -f "$work/output"
+        /usr/bin/time -v -o "$work/time" "$@" > "$work/output"
         seconds=$(awk -F': ' '/Elapsed \(wall clock\)/ {
             n = split($2, p, ":"); s = 0; for (i = 1; i <= n; i++) s = s * 60 + p[i]; print s }' \
             "$work/time")
@@ -75,6 +76,6 @@ awk -v b="$bytes" -v qs="$qarqSeconds" -v qk="$qarqKb" -v is="$iconvSeconds" -v 
         printf "input                 %d bytes, code page 37 to UTF-8\n", b
         printf "qarq convert          %.2f s  %7.1f MiB/s  peak %6.1f MiB\n", qs, qmb, qk / 1024
         printf "iconv                 %.2f s  %7.1f MiB/s  peak %6.1f MiB\n", is, imb, ik / 1024
-        printf "throughput ratio      %.2f (qarq / iconv; target at least 3)\n", qmb / imb
+        printf "throughput ratio      %.2f (qarq / iconv; target at least 6)\n", qmb / imb
         printf "peak memory of qarq   %.1f MiB (target under 16)\n", qk / 1024
     }'
