@@ -16,21 +16,25 @@
 namespace qarq::vorn::nls {
 namespace {
 
+// `r` to `out` when `stop` is empty (true); else only the j bytes before
+// its first bit, since only those are the kernel's to write (false).
+QARQ_AVX2 inline bool storeUpTo(char* out, __m256i r, unsigned stop, size_t& j) {
+    if (stop == 0) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), r);
+        return true;
+    }
+    j = unsigned(__builtin_ctz(stop));
+    alignas(32) char buffer[32];
+    _mm256_store_si256(reinterpret_cast<__m256i*>(buffer), r);
+    std::memcpy(out, buffer, j);
+    return false;
+}
+
 struct AsciiStep {
     static constexpr size_t kWidth = 32;
     QARQ_AVX2 bool copy(const unsigned char* s, char* out, size_t& j) const {
         __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
-        auto stop = unsigned(_mm256_movemask_epi8(x));
-        if (stop == 0) {
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), x);
-            return true;
-        }
-        // Only the bytes before the stop are the kernel's to write.
-        j = unsigned(__builtin_ctz(stop));
-        alignas(32) char buffer[32];
-        _mm256_store_si256(reinterpret_cast<__m256i*>(buffer), x);
-        std::memcpy(out, buffer, j);
-        return false;
+        return storeUpTo(out, x, unsigned(_mm256_movemask_epi8(x)), j);
     }
     size_t rest(const unsigned char* s, size_t n, char* out) const {
         return scalarAsciiRun(s, n, out);
@@ -69,25 +73,29 @@ QARQ_AVX2 inline __m128i load16(const void* p) {
     return _mm_loadu_si128(static_cast<const __m128i*>(p));
 }
 
-// A 256-entry byte table as sixteen rows of sixteen, each row in both
+// A byte table of 128 or 256 entries as rows of sixteen, each row in both
 // lanes: a byte's low four bits pick the entry in every row at once, and
-// its high four bits pick the row, one bit a level, with byte blends that
-// read the top bit of each byte.
-struct Table256 {
-    QARQ_AVX2 explicit Table256(const uint8_t* t) {
-        for (int h = 0; h < 16; ++h) row[h] = _mm256_broadcastsi128_si256(load16(t + 16 * h));
+// its high bits pick the row, one bit a level, with byte blends that read
+// the top bit of each byte. The calls on constant rows inline whole into
+// the kernel, so nothing goes through memory but the rows.
+struct ByteTable {
+    QARQ_AVX2 ByteTable(const uint8_t* t, int rows) {
+        for (int h = 0; h < rows; ++h) row[h] = _mm256_broadcastsi128_si256(load16(t + 16 * h));
+    }
+    /// Entries of bytes below 0x80 (the first eight rows).
+    QARQ_AVX2 __m256i low128(__m256i x) const {
+        return by6(0, _mm256_and_si256(x, _mm256_set1_epi8(0x0F)), bit4(x), bit5(x), bit6(x));
     }
     QARQ_AVX2 __m256i operator()(__m256i x) const {
         const __m256i low = _mm256_and_si256(x, _mm256_set1_epi8(0x0F));
-        // Bits 4, 5 and 6 to the top of their byte (16-bit shifts move no
-        // bit across a byte's top).
-        const __m256i bit4 = _mm256_slli_epi16(x, 3);
-        const __m256i bit5 = _mm256_slli_epi16(x, 2);
-        const __m256i bit6 = _mm256_add_epi8(x, x);
-        // A tree of calls on constant rows, inlined whole, so that nothing
-        // goes through memory but the rows.
-        return _mm256_blendv_epi8(by6(0, low, bit4, bit5, bit6), by6(8, low, bit4, bit5, bit6), x);
+        const __m256i b4 = bit4(x), b5 = bit5(x), b6 = bit6(x);
+        return _mm256_blendv_epi8(by6(0, low, b4, b5, b6), by6(8, low, b4, b5, b6), x);
     }
+    // Bits 4, 5 and 6 at the top of their byte (16-bit shifts move no bit
+    // across a byte's top).
+    QARQ_AVX2 static __m256i bit4(__m256i x) { return _mm256_slli_epi16(x, 3); }
+    QARQ_AVX2 static __m256i bit5(__m256i x) { return _mm256_slli_epi16(x, 2); }
+    QARQ_AVX2 static __m256i bit6(__m256i x) { return _mm256_add_epi8(x, x); }
     QARQ_AVX2 __m256i by4(int h, __m256i low, __m256i bit4) const {
         return _mm256_blendv_epi8(_mm256_shuffle_epi8(row[h], low),
                                   _mm256_shuffle_epi8(row[h + 1], low), bit4);
@@ -136,12 +144,33 @@ QARQ_AVX2 inline char* expandLatin1(__m256i c, char* out) {
     return out + 8 + __builtin_popcount(m3);
 }
 
+// From UTF-8 to a one-byte page: ASCII through its 128-entry table.
+struct MapAsciiStep {
+    static constexpr size_t kWidth = 32;
+    QARQ_AVX2 explicit MapAsciiStep(const uint8_t* t) : table(t, 8), t(t) {}
+    QARQ_AVX2 bool copy(const unsigned char* s, char* out, size_t& j) const {
+        __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
+        return storeUpTo(out, table.low128(x), unsigned(_mm256_movemask_epi8(x)), j);
+    }
+    size_t rest(const unsigned char* s, size_t n, char* out) const {
+        return scalarMapAsciiRun(t, s, n, out);
+    }
+    ByteTable table;
+    const uint8_t* t;
+};
+
+// Short runs skip the table loads.
+[[gnu::flatten]] QARQ_AVX2 size_t mapAsciiRun(const uint8_t* t, const unsigned char* s, size_t n,
+                                              char* out) {
+    return n < 32 ? scalarMapAsciiRun(t, s, n, out) : runBySteps(MapAsciiStep(t), s, n, out);
+}
+
 }  // namespace
 
 [[gnu::flatten]] QARQ_AVX2 size_t avx2Latin1ToUtf8(const uint8_t* latin1, const unsigned char* s,
                                                    size_t n, char*& out, const char* end) {
     if (n < kLatin1Source || size_t(end - out) < kLatin1Room) return 0;
-    const Table256 table(latin1);
+    const ByteTable table(latin1, 16);
     char* o = out;
     size_t k = 0;
     for (; n - k >= kLatin1Source && size_t(end - o) >= kLatin1Room; k += 32)
@@ -155,7 +184,7 @@ QARQ_AVX2 inline char* expandLatin1(__m256i c, char* out) {
 // where a wider form every 50 bytes or so ends a run; for the Latin pages,
 // avx2Latin1ToUtf8 does the lookup and expands the wider forms in
 // registers instead, and the scalar run kernels serve the other tables.
-const Kernels kAvx2Kernels = {SimdLevel::avx2, "avx2", asciiRun, scalarMapRun, scalarMapAsciiRun,
+const Kernels kAvx2Kernels = {SimdLevel::avx2, "avx2", asciiRun, scalarMapRun, mapAsciiRun,
                               avx2Latin1ToUtf8};
 
 }  // namespace qarq::vorn::nls
