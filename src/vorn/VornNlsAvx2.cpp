@@ -165,25 +165,44 @@ struct MapAsciiStep {
     return n < 32 ? scalarMapAsciiRun(t, s, n, out) : runBySteps(MapAsciiStep(t), s, n, out);
 }
 
-}  // namespace
-
-[[gnu::flatten]] QARQ_AVX2 size_t avx2Latin1ToUtf8(const uint8_t* latin1, const unsigned char* s,
-                                                   size_t n, char*& out, const char* end) {
-    if (n < kLatin1Source || size_t(end - out) < kLatin1Room) return 0;
-    const ByteTable table(latin1, 16);
+// The blocks of avx2Latin1ToUtf8; with kOthers, a block that holds one of
+// t.others ends the run before it.
+template <bool kOthers>
+QARQ_AVX2 inline size_t latin1Blocks(const Latin1Table& t, const unsigned char* s, size_t n,
+                                     char*& out, const char* end) {
+    const ByteTable table(t.chars, 16);
+    __m256i other[4];
+    for (int i = 0; i < 4; ++i) other[i] = _mm256_set1_epi8(char(t.others[i]));
     char* o = out;
     size_t k = 0;
-    for (; n - k >= kLatin1Source && size_t(end - o) >= kLatin1Room; k += 32)
-        o = expandLatin1(table(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + k))), o);
+    for (; n - k >= kLatin1Source && size_t(end - o) >= kLatin1Room; k += 32) {
+        const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + k));
+        if (kOthers) {
+            const __m256i hit = _mm256_or_si256(
+                _mm256_or_si256(_mm256_cmpeq_epi8(x, other[0]), _mm256_cmpeq_epi8(x, other[1])),
+                _mm256_or_si256(_mm256_cmpeq_epi8(x, other[2]), _mm256_cmpeq_epi8(x, other[3])));
+            if (!_mm256_testz_si256(hit, hit)) break;
+        }
+        o = expandLatin1(table(x), o);
+    }
     out = o;
     return k;
 }
 
+}  // namespace
+
+[[gnu::flatten]] QARQ_AVX2 size_t avx2Latin1ToUtf8(const Latin1Table& t, const unsigned char* s,
+                                                   size_t n, char*& out, const char* end) {
+    if (n < kLatin1Source || size_t(end - out) < kLatin1Room) return 0;
+    return t.otherCount == 0 ? latin1Blocks<false>(t, s, n, out, end)
+                             : latin1Blocks<true>(t, s, n, out, end);
+}
+
 // A run of one-byte forms through a table lookup per step (16 shuffles for
 // 256 entries) was slower than the scalar eight-byte steps on host text,
-// where a wider form every 50 bytes or so ends a run; for the Latin pages,
-// avx2Latin1ToUtf8 does the lookup and expands the wider forms in
-// registers instead, and the scalar run kernels serve the other tables.
+// where a wider form every 50 bytes or so ends a run; for the Latin pages
+// and their euro updates, avx2Latin1ToUtf8 does the lookup and expands the
+// wider forms in registers instead; the scalar run kernels serve the others.
 const Kernels kAvx2Kernels = {SimdLevel::avx2, "avx2", asciiRun, scalarMapRun, mapAsciiRun,
                               avx2Latin1ToUtf8};
 

@@ -131,8 +131,18 @@ inline char* sbcsToUtf8(const Derived* d, const unsigned char* s, const unsigned
                         char* out, char* end) {
     const Kernels& k = kernels();
     const uint32_t* t = d->toUtf8;
-    if (d->latin1Ok && k.latin1ToUtf8 != nullptr)
-        s += k.latin1ToUtf8(d->latin1, s, size_t(se - s), out, end);
+    if (d->latin1Ok && k.latin1ToUtf8 != nullptr) {
+        for (;;) {
+            s += k.latin1ToUtf8(d->latin1, s, size_t(se - s), out, end);
+            // Stopped before a block with a byte outside the kernel's table,
+            // or at its margins. The block goes by the plain rule when its
+            // forms (96 bytes at most) and the last store's leftovers fit,
+            // with room behind for at least three more characters to cover
+            // those leftovers; its characters cover the kernel's leftovers.
+            if (size_t(se - s) < kLatin1Source || size_t(end - out) < 32 * 3 + 16) break;
+            for (const unsigned char* block = s + 32; s < block; ++s) out = put4(out, t[*s]);
+        }
+    }
     if (!kAsciiFamily && k.level != SimdLevel::avx512) s = formsToUtf8(t, d->single, s, se, out, end);
     while (s < se && out < end) {
         size_t n = span(s, se, out, end);

@@ -21,6 +21,15 @@ namespace qarq::vorn::nls {
 
 enum class SimdLevel : int { scalar = 0, sse42 = 1, avx2 = 2, avx512 = 3 };
 
+/// A one-byte page whose bytes are characters below U+0100, all but at most
+/// four `others` (the euro sign of the euro host pages, say), which the
+/// engine converts by its plain rule.
+struct Latin1Table {
+    uint8_t chars[256];
+    uint8_t others[4];  // unused places repeat others[0]
+    uint32_t otherCount;
+};
+
 struct Kernels {
     SimdLevel level;
     const char* name;
@@ -31,13 +40,13 @@ struct Kernels {
     /// Writes table[b] for each byte b below 0x80 (a 128-byte table); stops
     /// at a byte from 0x80 up.
     size_t (*mapAsciiRun)(const uint8_t* table, const unsigned char* s, size_t n, char* out);
-    /// Bytes to UTF-8 through `latin1`, the character (below U+0100) of each
-    /// byte, whole blocks at a time; null at levels without one. Runs while
-    /// at least kLatin1Source bytes are left of the n and kLatin1Room bytes
-    /// of room before `end`; returns the bytes converted and advances `out`.
-    /// May write up to eight bytes past the new `out`: the margins it keeps
+    /// Bytes to UTF-8 through `t`, whole blocks at a time; null at levels
+    /// without one. Runs while at least kLatin1Source bytes are left of the
+    /// n and kLatin1Room bytes of room before `end`, and stops before a block
+    /// that holds one of t.others; returns the bytes converted and advances
+    /// `out`. May write up to eight bytes past the new `out`: the margins
     /// make sure that the caller's next characters overwrite them.
-    size_t (*latin1ToUtf8)(const uint8_t* latin1, const unsigned char* s, size_t n, char*& out,
+    size_t (*latin1ToUtf8)(const Latin1Table& t, const unsigned char* s, size_t n, char*& out,
                            const char* end);
 };
 
@@ -70,7 +79,7 @@ size_t scalarMapAsciiRun(const uint8_t* table, const unsigned char* s, size_t n,
 
 #if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
 // The AVX2 one serves the AVX-512 level too.
-size_t avx2Latin1ToUtf8(const uint8_t* latin1, const unsigned char* s, size_t n, char*& out,
+size_t avx2Latin1ToUtf8(const Latin1Table& t, const unsigned char* s, size_t n, char*& out,
                         const char* end);
 #endif
 

@@ -179,14 +179,23 @@ void buildDerived(const unsigned char* image, size_t size, void* out) {
     // The shift-out ends a run of single bytes of kind 4 like a wider form.
     if (kind == 4) d->single[0x0E] = 0x80;
     // Only kind 1 reads every byte as one character by itself.
+    Latin1Table& latin1 = d->latin1;
+    latin1.otherCount = 0;
     d->latin1Ok = kind == 1;
     for (unsigned b = 0; b < 256; ++b) {
         const uint32_t e = d->toUtf8[b];
         const uint32_t length = e >> 24;
         const uint32_t v = length == 1 ? (e & 0x7F) : ((e & 0x1F) << 6 | ((e >> 8) & 0x3F));
-        if (length == 0 || length > 2 || v > 0xFF) d->latin1Ok = 0;
-        d->latin1[b] = uint8_t(v);
+        latin1.chars[b] = uint8_t(v);
+        if (length == 0 || length > 2 || v > 0xFF) {
+            if (latin1.otherCount == sizeof latin1.others)
+                d->latin1Ok = 0;
+            else
+                latin1.others[latin1.otherCount++] = uint8_t(b);
+        }
     }
+    for (unsigned i = latin1.otherCount; i < sizeof latin1.others; ++i)
+        latin1.others[i] = latin1.others[0];
     d->asciiFromOk = 0;
     for (unsigned b = 0; b < 128; ++b) d->asciiFrom[b] = uint8_t(b);
     std::memset(d->asciiFromMarked, 0x80, sizeof d->asciiFromMarked);

@@ -25,6 +25,7 @@
 
 #include "qarq/export.hpp"
 #include "qarq/vorn/vornnls2.hpp"
+#include "vorn/VornNlsSimd.hpp"
 
 namespace qarq::vorn::nls {
 
@@ -82,12 +83,12 @@ struct Derived {
     // ASCII value truly maps to the byte 0x80.
     uint8_t asciiFromMarked[256];
     uint32_t asciiFromOk;
-    // The character of each byte when every byte of the table is one
-    // character from U+0000 to U+00FF (latin1Ok; the Latin host pages):
-    // vector code then looks the bytes up and expands them to UTF-8 in
-    // registers, a block at a time, with no branch per wider form.
+    // Kind 1 when all bytes but at most four are characters from U+0000 to
+    // U+00FF (latin1Ok; the Latin host pages and their euro updates): vector
+    // code then looks the bytes up and expands them to UTF-8 in registers,
+    // a block at a time, with no branch per wider form.
     uint32_t latin1Ok;
-    uint8_t latin1[256];
+    Latin1Table latin1;
     // kind 1: uint8_t fromByte[65536]; kinds 2, 4: uint16_t fromWord[65536],
     // then uint32_t pairs[leads][256] (packed UTF-8 forms)
 };

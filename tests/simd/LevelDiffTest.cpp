@@ -63,8 +63,22 @@ const std::vector<Table>& tables() {
     return *all;
 }
 
+// The byte with the longest UTF-8 form in the table (the euro sign of the
+// euro host pages, say): a run of it asks the most room of the engine.
+char widestByte(const VornNlsCodeSet* cs) {
+    unsigned best = 0, widest = 0;
+    for (unsigned b = 0; b < 256; ++b) {
+        const char in = char(b);
+        char out[8];
+        unsigned n = qarq::test::ref::convert(cs, &in, 1, out, sizeof out, true);
+        if (n > widest) widest = n, best = b;
+    }
+    return char(best);
+}
+
 // Text in the table's own code set: ASCII or EBCDIC letters with runs of
-// other bytes, and for kind 4 shift-outs, pairs and shift-ins.
+// other bytes and of the widest byte, and for kind 4 shift-outs, pairs and
+// shift-ins.
 std::string nativeText(const VornNlsCodeSet* cs, std::mt19937& rng, size_t n) {
     const bool host = cs->kind == 4 || qarq::test::ref::rd16(cs->table + 50) == 0x1100;
     std::string s;
@@ -81,6 +95,8 @@ std::string nativeText(const VornNlsCodeSet* cs, std::mt19937& rng, size_t n) {
                 s += char(0x41 + rng() % 0xBE), s += char(rng());
             if (rng() % 4 != 0)
                 s += '\x0F';
+        } else if (r == 7) {
+            s.append(40 + rng() % 60, widestByte(cs));
         } else {
             for (size_t i = 0; i < run; ++i)
                 s += char(rng());
