@@ -1,13 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 
 #include "NlsSupport.hpp"
-#include "ReferenceEngines.hpp"
 #include "TestTables.hpp"
 #include "qarq/vorn/vornnls3.hpp"
-#include "vorn/VornTrace.hpp"
+#include "support/TracePoints.hpp"
 
 namespace {
 
@@ -162,82 +160,22 @@ TEST_F(Engines, TargetsOfZeroOneAndTwoBytesHoldOnlyWholeCharacters) {
 }
 
 TEST_F(Engines, EntryAndExitAreTracedWhenTheGateIsOpen) {
-    struct Seen {
-        std::vector<std::pair<std::string, int>> points;
-        static void sink(const HeskRecord* r, void* context) {
-            if (r->kind == HESK_RECORD_TRACE)
-                static_cast<Seen*>(context)->points.emplace_back(r->function, r->traceKind);
-        }
-    } seen;
-    TraceControl open = {HESK_MASK_ENTRY | HESK_MASK_EXIT, 3};
-    TraceControl* saved = qarq::vorn::traceControl();
-    qarq::vorn::traceControl() = &open;
-    HeskSinkAdd(&Seen::sink, &seen);
-    toUtf8(ebcdic.get(), "\xC1");
-    HeskSinkRemove(&Seen::sink, &seen);
-    qarq::vorn::traceControl() = saved;
-    using P = std::pair<std::string, int>;
-    EXPECT_EQ(seen.points, (std::vector<P>{{"vornnls3_tis_to_utf8", HESK_TRACE_ENTRY},
-                                           {"vornnls5_ebcdic_sbcs_to_utf8", HESK_TRACE_ENTRY},
-                                           {"vornnls3_tis_to_utf8", HESK_TRACE_EXIT}}));
+    std::vector<qarq::test::TracePoints::Point> points;
+    {
+        qarq::test::TracePoints seen;
+        toUtf8(ebcdic.get(), "\xC1");
+        points = seen.points();
+    }
+    EXPECT_EQ(points, (std::vector<qarq::test::TracePoints::Point>{
+                          {"vornnls3_tis_to_utf8", HESK_TRACE_ENTRY},
+                          {"vornnls5_ebcdic_sbcs_to_utf8", HESK_TRACE_ENTRY},
+                          {"vornnls3_tis_to_utf8", HESK_TRACE_EXIT}}));
 }
 
 TEST_F(Engines, ARecordWhoseTableWasFreedPassesThrough) {
     VornNlsCodeSet copy = *ebcdic;
     copy.table = nullptr;
     EXPECT_EQ(toUtf8(&copy, "\xC1\xC2"), "\xC1\xC2");
-}
-
-// The fast engines against the plain rules: random tables, random text that
-// mixes runs of ASCII, valid and broken sequences, random target sizes, and
-// a target filled beforehand, so that any byte written past the count shows.
-TEST(EnginesFastPath, MatchesTheReferenceOnRandomInput) {
-    std::mt19937 rng(20261123);
-    struct Case {
-        uint16_t kind;
-        bool ebcdic;
-    };
-    const Case cases[] = {{1, false}, {1, true}, {2, false}, {3, false}, {4, false}};
-    for (const Case& c : cases) {
-        for (int table = 0; table < 4; ++table) {
-            auto image = qarq::test::randomTable(c.kind, c.ebcdic, rng);
-            Record cs = load(image);
-            ASSERT_NE(cs, nullptr) << c.kind;
-            for (int round = 0; round < 1500; ++round) {
-                std::string in;
-                size_t length = rng() % 4 == 0 ? rng() % 700 : rng() % 96;
-                while (in.size() < length) {
-                    switch (rng() % 6) {
-                    case 0: in.append(rng() % 24, char('a' + rng() % 26)); break;
-                    case 1: in += char(rng()); break;
-                    case 2: in += char(0xC0 | rng() % 32), in += char(0x80 | rng() % 64); break;
-                    case 3:
-                        in += char(0xE0 | rng() % 16), in += char(0x80 | rng() % 64),
-                            in += char(0x80 | rng() % 64);
-                        break;
-                    case 4: in += rng() % 2 ? '\x0E' : '\x0F'; break;
-                    default: in += char(0x40 + rng() % 0xC0); break;
-                    }
-                }
-                unsigned room = unsigned(rng() % (3 * in.size() + 4));
-                bool terminated = rng() % 4 == 0;
-                if (terminated) in.erase(std::remove(in.begin(), in.end(), '\0'), in.end());
-                int sourceLength = terminated ? -1 : int(in.size());
-                for (bool direction : {true, false}) {
-                    std::string fast(room + 8, '\x5A'), plain(room + 8, '\x5A');
-                    unsigned n = direction
-                                     ? vornnls3_tis_to_utf8(cs.get(), in.c_str(), sourceLength,
-                                                            fast.data(), room)
-                                     : vornnls3_tis_from_utf8(cs.get(), in.c_str(), sourceLength,
-                                                              fast.data(), room);
-                    unsigned m = qarq::test::ref::convert(cs.get(), in.c_str(), sourceLength,
-                                                          plain.data(), room, direction);
-                    ASSERT_EQ(n, m) << "kind " << c.kind << " to " << direction << " room " << room;
-                    ASSERT_EQ(fast, plain) << "kind " << c.kind << " to " << direction;
-                }
-            }
-        }
-    }
 }
 
 }  // namespace

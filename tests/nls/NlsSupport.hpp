@@ -1,7 +1,7 @@
 // Helpers of the code-set tests: a temporary BINDIR tree, a scoped working
-// directory, records loaded from UcvImage, and a sink that collects the
-// errors the library logs. Environment variables, temporary directories and
-// files come from the shared test support.
+// directory, and records loaded from UcvImage. Environment variables,
+// temporary directories, files and logged records come from the shared test
+// support.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,7 +16,6 @@
 #include <vector>
 
 #include "TableWriter.hpp"
-#include "qarq/ras/HeskLog.hpp"
 #include "qarq/vorn/vornnls2.hpp"
 #include "qarq/vorn/vornnls6.hpp"
 #include "support/TestSupport.hpp"
@@ -76,33 +75,7 @@ inline Record load(const UcvImage& image, const char* name = "T") {
     return Record(vornnls2_cs_new(name));
 }
 
-/// Collects the error records logged while it lives.
-class ErrorLog {
-public:
-    struct Entry {
-        std::string function;
-        std::vector<std::string> pairs;
-    };
-    ErrorLog() { HeskSinkAdd(&ErrorLog::sink, this); }
-    ~ErrorLog() { HeskSinkRemove(&ErrorLog::sink, this); }
-    ErrorLog(const ErrorLog&) = delete;
-    ErrorLog& operator=(const ErrorLog&) = delete;
-    const std::vector<Entry>& entries() const { return entries_; }
-    bool has(const std::string& function) const {
-        for (auto& e : entries_)
-            if (e.function == function) return true;
-        return false;
-    }
-
-private:
-    static void sink(const HeskRecord* r, void* context) {
-        if (r->kind != HESK_RECORD_ERROR) return;
-        Entry e{r->function, {}};
-        for (int i = 0; i < r->pairCount; ++i)
-            e.pairs.emplace_back(static_cast<const char*>(r->pairs[i].data), r->pairs[i].length);
-        static_cast<ErrorLog*>(context)->entries_.push_back(std::move(e));
-    }
-    std::vector<Entry> entries_;
-};
+/// Collects the records logged while it lives.
+using ErrorLog = support::Records;
 
 }  // namespace qarq::test
