@@ -8,7 +8,7 @@
 #include "qarq/vorn/VornExcBase.hpp"
 #include "qarq/vorn/VornJavaByteArray.hpp"
 #include "qarq/vorn/VornJavaString.hpp"
-#include "vorn/VornTrace.hpp"
+#include "support/CodesetEnvironment.hpp"
 #include "support/StreamBytes.hpp"
 #include "support/TestSupport.hpp"
 
@@ -225,25 +225,6 @@ TEST(WireByteArray, CopyAppendAndFill) {
         a.appendBytes("w", 1);
     }
     EXPECT_EQ("qqq", std::string(a.getBytes(), a.getLength()));
-}
-
-TEST(WireByteArray, CopyNoticesOnlyAtTheDeepestDataTrace) {
-    VornJavaByteArray a(1);
-    TraceControl* saved = qarq::vorn::traceControl();
-    TraceControl control{HESK_MASK_DATA, 4};
-    qarq::vorn::traceControl() = &control;
-    testing::internal::CaptureStdout();
-    VornJavaByteArray b(a);
-    b = a;
-    control.level = 3;
-    VornJavaByteArray c(a);
-    c = a;
-    const std::string out = testing::internal::GetCapturedStdout();
-    qarq::vorn::traceControl() = saved;
-    EXPECT_EQ(
-        "   *** Calling copy ctor for VornJavaByteArray \n"
-        "   *** Calling overloaded operator= for VornJavaByteArray \n",
-        out);
 }
 
 TEST(WireStream, KeyPointerMembersWarnAndFallBack) {
