@@ -5,12 +5,8 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,6 +14,7 @@
 #include "TableWriter.hpp"
 #include "qarq/vorn/vornnls2.hpp"
 #include "qarq/vorn/vornnls6.hpp"
+#include "support/CodesetTree.hpp"
 #include "support/TestSupport.hpp"
 
 namespace qarq::test {
@@ -27,26 +24,15 @@ inline void writeFile(const std::string& path, const std::vector<uint8_t>& bytes
     support::writeFile(path, std::string(bytes.begin(), bytes.end()));
 }
 
-/// $BINDIR/GRV/server/codeset under a temporary directory, with BINDIR set.
-class BindirTree {
+/// An empty $BINDIR/GRV/server/codeset tree, with BINDIR set.
+class BindirTree : public CodesetTree {
 public:
-    BindirTree() : env_("BINDIR", dir_.path().c_str()) {
-        codeset_ = dir_.path() + "/GRV/server/codeset/";
-        std::filesystem::create_directories(codeset_);
-    }
-    const std::string& codeset() const { return codeset_; }
-    const std::string& root() const { return dir_.path(); }
+    BindirTree() : CodesetTree(Empty{}) {}
+    std::string codeset() const { return codesetDir() + "/"; }
     void put(const std::string& name, const std::vector<uint8_t>& bytes) const {
-        writeFile(codeset_ + name, bytes);
+        write(name, std::string(bytes.begin(), bytes.end()));
     }
-    void put(const std::string& name, const std::string& bytes) const {
-        support::writeFile(codeset_ + name, bytes);
-    }
-
-private:
-    support::TempDir dir_{"qarq-nls"};
-    support::ScopedEnv env_;
-    std::string codeset_;
+    void put(const std::string& name, const std::string& bytes) const { write(name, bytes); }
 };
 
 /// Runs in another working directory for the life of the object.
