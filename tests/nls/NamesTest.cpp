@@ -68,23 +68,27 @@ TEST_F(Names, AnAliasNeedsWhiteSpaceBehindItsSecondColumn) {
     EXPECT_EQ(alias("437", 128, &rc), "437");  // read, no match
     EXPECT_EQ(rc, 0u);
 
-    aliases("850 850x");
-    EXPECT_EQ(alias("850"), "850");
-    aliases("850\t850x\tignored words\n");
-    EXPECT_EQ(alias("850"), "850x");
-    aliases("  850   850x  \n");
-    EXPECT_EQ(alias("850"), "850x");
-    aliases("#850 850x\n");
-    EXPECT_EQ(alias("#850"), "#850");
-    aliases(" #850 850x\n");
-    EXPECT_EQ(alias("#850"), "850x");
-    // The comparison is exact: the left column must be the filtered form.
-    aliases("iso8859-1 latin\n");
-    EXPECT_EQ(alias("ISO88591"), "ISO88591");
-    // A line longer than 127 characters is read in pieces; its cut second
-    // column does not count, and the rest is a line of its own.
-    aliases("850 " + std::string(200, 'y') + "\n" + std::string(150, 'z') + " q\n");
-    EXPECT_EQ(alias("850"), "850");
+    // The second column needs white space behind it; a comment starts in
+    // column one; the left column is compared with the filtered form as it
+    // stands; a line longer than 127 characters is read in pieces, its cut
+    // second column does not count, and the rest is a line of its own.
+    const struct {
+        std::string file;
+        const char* name;
+        const char* expected;
+    } cases[] = {
+        {"850 850x", "850", "850"},
+        {"850\t850x\tignored words\n", "850", "850x"},
+        {"  850   850x  \n", "850", "850x"},
+        {"#850 850x\n", "#850", "#850"},
+        {" #850 850x\n", "#850", "850x"},
+        {"iso8859-1 latin\n", "ISO88591", "ISO88591"},
+        {"850 " + std::string(200, 'y') + "\n" + std::string(150, 'z') + " q\n", "850", "850"},
+    };
+    for (const auto& c : cases) {
+        aliases(c.file);
+        EXPECT_EQ(alias(c.name), c.expected) << c.file;
+    }
     // The replacement is cut to the buffer.
     aliases("850 verylongname\n");
     EXPECT_EQ(alias("850", 8), "verylon");
