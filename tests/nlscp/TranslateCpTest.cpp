@@ -194,13 +194,16 @@ TEST_F(TranslateCp, FailuresAreLoggedAndLeaveTheTarget) {
 }
 
 TEST_F(TranslateCp, AlternateCodeSetServesOnlyTheFrenchAndBrazilianLocales) {
-    VornNlsTranslateCpInitialization(0, nullptr);
-    EXPECT_EQ(VornNlsTranslateCpEnabled(), 0);
     char target[8] = "zzzzzzz";
     VornNlsTranslateCpRequest request = {"caf\xE9", sizeof target, target};
-    EXPECT_EQ(VornNlsTranslateCp(&request), 2);
-    EXPECT_EQ(std::string(target), "zzzzzzz");
-    VornNlsTranslateCpTerminate();
+    for (const char* locale : {"en_US", "FR_CA", "fr_FR.UTF-8"}) {
+        ScopedEnv lang("LANG", locale);
+        VornNlsTranslateCpInitialization(0, nullptr);
+        EXPECT_EQ(VornNlsTranslateCpEnabled(), 0) << locale;
+        EXPECT_EQ(VornNlsTranslateCp(&request), 2);
+        EXPECT_EQ(std::string(target), "zzzzzzz");
+        VornNlsTranslateCpTerminate();
+    }
 
     for (const char* locale : {"FR_FR", "pt_BR"}) {
         ScopedEnv lang("LANG", locale);
