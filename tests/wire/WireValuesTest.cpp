@@ -128,12 +128,6 @@ TEST(WireString, LongestTextAPeerCanTakeAndOneByteMore) {
     }
 }
 
-TEST(WireClass, NameAndEmptyName) {
-    Writer w;
-    w.out.writeClass(VornJavaString("a")).writeClass(VornJavaString());
-    EXPECT_EQ("00 01 00 00 00 01 00 01 61 00 01 00 00 00 00", w.hex());
-}
-
 TEST(WireByteArray, FormsAndLengthZero) {
     VornJavaByteArray ab;
     ab.copyBytes("\xAA\xBB", 2);
