@@ -11,21 +11,8 @@ namespace {
 
 using qarq::test::load;
 using qarq::test::Record;
-
-std::string toUtf8(const VornNlsCodeSet* cs, const std::string& in, unsigned room = 1000,
-                   int length = -2) {
-    std::string out(room, '\xAA');
-    unsigned n = vornnls3_tis_to_utf8(cs, in.data(), length == -2 ? int(in.size()) : length,
-                                      out.data(), room);
-    return out.substr(0, n);
-}
-std::string fromUtf8(const VornNlsCodeSet* cs, const std::string& in, unsigned room = 1000,
-                     int length = -2) {
-    std::string out(room, '\xAA');
-    unsigned n = vornnls3_tis_from_utf8(cs, in.data(), length == -2 ? int(in.size()) : length,
-                                        out.data(), room);
-    return out.substr(0, n);
-}
+using qarq::test::fromUtf8;
+using qarq::test::toUtf8;
 
 class Engines : public ::testing::Test {
 protected:
@@ -84,7 +71,7 @@ TEST_F(Engines, OneExampleOfEachRule) {
         {shifted.get(), false, "\xE3\x81\x82", 2, ""},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(c.toUtf8 ? toUtf8(c.cs, c.in, c.room) : fromUtf8(c.cs, c.in, c.room), c.out)
+        EXPECT_EQ(qarq::test::convert(c.cs, c.in, c.toUtf8, c.room), c.out)
             << ::testing::PrintToString(std::string(c.in)) << " room " << c.room;
 }
 

@@ -76,10 +76,7 @@ protected:
         question = ebcdic ? "\x6F" : "?";
     }
     std::string ours(const std::string& in, bool toUtf8) {
-        char out[64];
-        unsigned n = toUtf8 ? vornnls3_tis_to_utf8(cs.get(), in.data(), int(in.size()), out, 64)
-                            : vornnls3_tis_from_utf8(cs.get(), in.data(), int(in.size()), out, 64);
-        return std::string(out, n);
+        return qarq::test::convert(cs.get(), in, toUtf8);
     }
     // Whether the table model can hold iconv's bytes for one value.
     bool fits(const std::string& b) const {

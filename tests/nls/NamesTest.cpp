@@ -177,11 +177,7 @@ protected:
         *def_cs = VornNlsCodeSet{nullptr, 6, 0, 0, 0, {}, 0, 0, 0};
         *def_2_cs = VornNlsCodeSet{nullptr, 6, 0, 0, 0, {}, 0, 0, 0};
     }
-    static std::string convert(const std::string& in) {
-        char out[64];
-        unsigned n = vornnls3_tis_to_utf8(nullptr, in.data(), int(in.size()), out, sizeof out);
-        return std::string(out, n);
-    }
+    static std::string convert(const std::string& in) { return qarq::test::toUtf8(nullptr, in); }
 };
 
 TEST_F(Defaults, TheMachineTableComesThroughTheAliases) {

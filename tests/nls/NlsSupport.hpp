@@ -1,5 +1,5 @@
 // Helpers of the code-set tests: a temporary BINDIR tree, a scoped working
-// directory, and records loaded from UcvImage. Environment variables,
+// directory, records loaded from UcvImage, and conversions into strings. Environment variables,
 // temporary directories, files and logged records come from the shared test
 // support.
 #pragma once
@@ -13,6 +13,7 @@
 
 #include "TableWriter.hpp"
 #include "qarq/vorn/vornnls2.hpp"
+#include "qarq/vorn/vornnls3.hpp"
 #include "qarq/vorn/vornnls6.hpp"
 #include "support/CodesetTree.hpp"
 #include "support/TestSupport.hpp"
@@ -59,6 +60,24 @@ inline Record load(const UcvImage& image, const char* name = "T") {
     BindirTree tree;
     tree.put(name, image.bytes());
     return Record(vornnls2_cs_new(name));
+}
+
+/// What `cs` makes of `in` in a target of `room` bytes (by default enough
+/// for any result).
+inline std::string convert(const VornNlsCodeSet* cs, const std::string& in, bool toUtf8,
+                           unsigned room = ~0u) {
+    std::string out(room == ~0u ? 3 * in.size() + 16 : room, '\xAA');
+    out.resize(toUtf8 ? vornnls3_tis_to_utf8(cs, in.data(), int(in.size()), out.data(),
+                                             unsigned(out.size()))
+                      : vornnls3_tis_from_utf8(cs, in.data(), int(in.size()), out.data(),
+                                               unsigned(out.size())));
+    return out;
+}
+inline std::string toUtf8(const VornNlsCodeSet* cs, const std::string& in, unsigned room = ~0u) {
+    return convert(cs, in, true, room);
+}
+inline std::string fromUtf8(const VornNlsCodeSet* cs, const std::string& in, unsigned room = ~0u) {
+    return convert(cs, in, false, room);
 }
 
 /// Collects the records logged while it lives.
