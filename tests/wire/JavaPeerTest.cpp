@@ -68,16 +68,6 @@ public:
     VornJavaByteArray reversed;
 };
 
-class StatusNotif : public qarq::test::Opened<VornObjectANotif> {
-public:
-    IString eucClassName() const override { return IString("qarq.peer.StatusNotif"); }
-    void read(VornJavaRead& in) override {
-        VornObjectANotif::read(in);
-        in.readString(status);
-    }
-    VornJavaString status;
-};
-
 class JavaPeer : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -163,22 +153,6 @@ TEST_F(JavaPeer, PeersRequestIsWrittenAsOurs) {
     Writer w;
     mine.writeObject(w.out, mine);
     EXPECT_EQ(w.hex(), qarq::support::hex(readFile(file("request.bin"))));
-}
-
-TEST_F(JavaPeer, NotificationUnderAClassHandle) {
-    peer("notify " + shellQuoted(file("notif.bin")));
-    Reader r(readFile(file("notif.bin")));
-    // The peer names the class by number; the text is all a caller gets.
-    EXPECT_EQ(IString("5"), r.in.readClass());
-    StatusNotif notif;
-    auto* exception = new PeerException;
-    notif.setException(*exception);
-    notif.read(r.in);
-    EXPECT_EQ(r.in.getLength(), r.used());
-    EXPECT_EQ(3, notif.kind());
-    EXPECT_EQ(-1, notif.getPosReasonCode());
-    EXPECT_EQ(42, exception->getExcId());
-    EXPECT_EQ(IString("bereit"), notif.status);
 }
 
 }  // namespace
