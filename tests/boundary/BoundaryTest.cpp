@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "nls/NlsSupport.hpp"
 #include "qarq/vorn/VornNlsBoundary.hpp"
 #include "qarq/vorn/vornnls3.hpp"
 #include "qarq/vorn/vornnls6.hpp"
@@ -23,23 +24,9 @@ namespace {
 
 namespace nls = qarq::vorn::nls;
 
-struct Free {
-    void operator()(VornNlsCodeSet* cs) const { vornnls6_tis_cs_free(cs, 0); }
-};
-using Record = std::unique_ptr<VornNlsCodeSet, Free>;
-
-std::string toUtf8(const VornNlsCodeSet* cs, const std::string& in) {
-    std::string out(3 * in.size() + 16, '\0');
-    out.resize(
-        vornnls3_tis_to_utf8(cs, in.data(), int(in.size()), out.data(), unsigned(out.size())));
-    return out;
-}
-std::string fromUtf8(const VornNlsCodeSet* cs, const std::string& in) {
-    std::string out(2 * in.size() + 16, '\0');
-    out.resize(
-        vornnls3_tis_from_utf8(cs, in.data(), int(in.size()), out.data(), unsigned(out.size())));
-    return out;
-}
+using qarq::test::fromUtf8;
+using qarq::test::Record;
+using qarq::test::toUtf8;
 
 // One table of each kind (kind 1 once per byte family) from the build's tables.
 class Boundary : public ::testing::Test {

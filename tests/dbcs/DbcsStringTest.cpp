@@ -12,14 +12,6 @@ namespace {
 
 using qarq::test::DoubleByte;
 using qarq::support::ScopedEnv;
-using qarq::vorn::dbcs::dbcsInitialised;
-
-TEST(DbcsByteType, SingleByteCodePageMakesEveryByteACharacter) {
-    VornDbcsInit();
-    ASSERT_NE(VornDbcsIsCodePageSingleByte.load(), 0);
-    EXPECT_EQ(VornDbcsByteType("A\x81\x5C", 1), VORN_DBCS_SINGLE);
-    EXPECT_EQ(VornDbcsByteType("\x81", 0), VORN_DBCS_SINGLE);
-}
 
 TEST_F(DoubleByte, ByteTypesFollowTheWalkFromTheStart) {
     const char* text = "A\x81\x5C";
@@ -33,15 +25,6 @@ TEST_F(DoubleByte, ByteTypesFollowTheWalkFromTheStart) {
     // Outside the text: no read behind the terminator, a plain byte.
     EXPECT_EQ(VornDbcsByteType("a", 1), VORN_DBCS_SINGLE);
     EXPECT_EQ(VornDbcsByteType("a", -1), VORN_DBCS_SINGLE);
-}
-
-TEST(DbcsInit, RunsAtFirstUseAndTakesTheFlagFromTheDefaultCodeSet) {
-    dbcsInitialised = 0;
-    VornDbcsIsCodePageSingleByte = 0;
-    // The built-in default code set passes text through: single-byte.
-    EXPECT_EQ(VornDbcsByteType("\x81\x40", 0), VORN_DBCS_SINGLE);
-    EXPECT_EQ(dbcsInitialised.load(), 1);
-    EXPECT_EQ(VornDbcsIsCodePageSingleByte.load(), 1);
 }
 
 TEST(DbcsInit, LeadBytesFollowTheLocaleCodePage) {

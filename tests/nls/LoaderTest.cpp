@@ -29,10 +29,9 @@ UcvImage tinyTable() {
 }
 
 bool mentions(const ErrorLog& log, const std::string& function, const std::string& text) {
-    for (auto& e : log.entries())
-        if (e.function == function)
-            for (auto& p : e.pairs)
-                if (p.find(text) != std::string::npos) return true;
+    for (auto& e : log.errors(function))
+        for (auto& p : e.pairs)
+            if (p.find(text) != std::string::npos) return true;
     return false;
 }
 
@@ -129,8 +128,8 @@ TEST(Loader, EachFailingCallIsLoggedWithItsDataAndGivesNull) {
         ScopedOsCall s(&qarq::os::Calls::open, +open);
         ErrorLog log;
         EXPECT_EQ(vornnls2_load_table(tree.codeset().c_str(), "T", nullptr), nullptr);
-        ASSERT_EQ(log.entries().size(), 1u);
-        EXPECT_EQ(log.entries()[0].pairs.at(0), path);
+        ASSERT_EQ(log.ofKind(HESK_RECORD_ERROR).size(), 1u);
+        EXPECT_EQ(log.ofKind(HESK_RECORD_ERROR)[0].pairs.at(0), path);
     }
     {
         static auto fstat = [](int, struct stat*) -> int { return -1; };
@@ -139,9 +138,9 @@ TEST(Loader, EachFailingCallIsLoggedWithItsDataAndGivesNull) {
         unsigned size = 99;
         EXPECT_EQ(vornnls2_load_table(tree.codeset().c_str(), "T", &size), nullptr);
         EXPECT_EQ(size, 0u);
-        ASSERT_EQ(log.entries().size(), 1u);
-        EXPECT_EQ(log.entries()[0].pairs.size(), 3u);  // path, handle, status block
-        EXPECT_EQ(log.entries()[0].pairs.at(0), path);
+        ASSERT_EQ(log.ofKind(HESK_RECORD_ERROR).size(), 1u);
+        EXPECT_EQ(log.ofKind(HESK_RECORD_ERROR)[0].pairs.size(), 3u);  // path, handle, status block
+        EXPECT_EQ(log.ofKind(HESK_RECORD_ERROR)[0].pairs.at(0), path);
     }
     {
         static auto malloc = [](size_t) -> void* { return nullptr; };
@@ -170,8 +169,8 @@ TEST(Loader, EachFailingCallIsLoggedWithItsDataAndGivesNull) {
         ScopedOsCall s(&qarq::os::Calls::read, +read);
         ErrorLog log;
         EXPECT_EQ(vornnls2_load_table(tree.codeset().c_str(), "T", nullptr), nullptr);
-        ASSERT_EQ(log.entries().size(), 1u);
-        EXPECT_EQ(log.entries()[0].pairs.size(), 2u);  // path, size
+        ASSERT_EQ(log.ofKind(HESK_RECORD_ERROR).size(), 1u);
+        EXPECT_EQ(log.ofKind(HESK_RECORD_ERROR)[0].pairs.size(), 2u);  // path, size
     }
     {
         // A read that comes in pieces is no short read.
@@ -197,8 +196,8 @@ TEST(Loader, PathsAndBindirNearTheLimits) {
     ErrorLog log;
     std::string longName(240, 'N');
     EXPECT_EQ(vornnls2_load_table("/tmp/some/dir/", longName.c_str(), nullptr), nullptr);
-    ASSERT_EQ(log.entries().size(), 1u);
-    EXPECT_EQ(log.entries()[0].pairs.size(), 2u);  // directory and name
+    ASSERT_EQ(log.ofKind(HESK_RECORD_ERROR).size(), 1u);
+    EXPECT_EQ(log.ofKind(HESK_RECORD_ERROR)[0].pairs.size(), 2u);  // directory and name
     // 14 + 240 + 2 is 256: too long. One character less fits (and is not found).
     EXPECT_EQ(vornnls2_load_table("/tmp/some/dir/", longName.c_str() + 1, nullptr), nullptr);
     EXPECT_TRUE(mentions(log, "vornnls2_load_table", "/tmp/some/dir/NNN"));

@@ -1,24 +1,21 @@
 // Helpers of the code-set tests: a temporary BINDIR tree, a scoped working
-// directory, records loaded from UcvImage, and a sink that collects the
-// errors the library logs. Environment variables, temporary directories and
-// files come from the shared test support.
+// directory, records loaded from UcvImage, and conversions into strings. Environment variables,
+// temporary directories, files and logged records come from the shared test
+// support.
 #pragma once
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "TableWriter.hpp"
-#include "qarq/ras/HeskLog.hpp"
 #include "qarq/vorn/vornnls2.hpp"
+#include "qarq/vorn/vornnls3.hpp"
 #include "qarq/vorn/vornnls6.hpp"
+#include "support/CodesetTree.hpp"
 #include "support/TestSupport.hpp"
 
 namespace qarq::test {
@@ -28,26 +25,15 @@ inline void writeFile(const std::string& path, const std::vector<uint8_t>& bytes
     support::writeFile(path, std::string(bytes.begin(), bytes.end()));
 }
 
-/// $BINDIR/GRV/server/codeset under a temporary directory, with BINDIR set.
-class BindirTree {
+/// An empty $BINDIR/GRV/server/codeset tree, with BINDIR set.
+class BindirTree : public CodesetTree {
 public:
-    BindirTree() : env_("BINDIR", dir_.path().c_str()) {
-        codeset_ = dir_.path() + "/GRV/server/codeset/";
-        std::filesystem::create_directories(codeset_);
-    }
-    const std::string& codeset() const { return codeset_; }
-    const std::string& root() const { return dir_.path(); }
+    BindirTree() : CodesetTree(Empty{}) {}
+    std::string codeset() const { return codesetDir() + "/"; }
     void put(const std::string& name, const std::vector<uint8_t>& bytes) const {
-        writeFile(codeset_ + name, bytes);
+        write(name, std::string(bytes.begin(), bytes.end()));
     }
-    void put(const std::string& name, const std::string& bytes) const {
-        support::writeFile(codeset_ + name, bytes);
-    }
-
-private:
-    support::TempDir dir_{"qarq-nls"};
-    support::ScopedEnv env_;
-    std::string codeset_;
+    void put(const std::string& name, const std::string& bytes) const { write(name, bytes); }
 };
 
 /// Runs in another working directory for the life of the object.
@@ -76,33 +62,25 @@ inline Record load(const UcvImage& image, const char* name = "T") {
     return Record(vornnls2_cs_new(name));
 }
 
-/// Collects the error records logged while it lives.
-class ErrorLog {
-public:
-    struct Entry {
-        std::string function;
-        std::vector<std::string> pairs;
-    };
-    ErrorLog() { HeskSinkAdd(&ErrorLog::sink, this); }
-    ~ErrorLog() { HeskSinkRemove(&ErrorLog::sink, this); }
-    ErrorLog(const ErrorLog&) = delete;
-    ErrorLog& operator=(const ErrorLog&) = delete;
-    const std::vector<Entry>& entries() const { return entries_; }
-    bool has(const std::string& function) const {
-        for (auto& e : entries_)
-            if (e.function == function) return true;
-        return false;
-    }
+/// What `cs` makes of `in` in a target of `room` bytes (by default enough
+/// for any result).
+inline std::string convert(const VornNlsCodeSet* cs, const std::string& in, bool toUtf8,
+                           unsigned room = ~0u) {
+    std::string out(room == ~0u ? 3 * in.size() + 16 : room, '\xAA');
+    out.resize(toUtf8 ? vornnls3_tis_to_utf8(cs, in.data(), int(in.size()), out.data(),
+                                             unsigned(out.size()))
+                      : vornnls3_tis_from_utf8(cs, in.data(), int(in.size()), out.data(),
+                                               unsigned(out.size())));
+    return out;
+}
+inline std::string toUtf8(const VornNlsCodeSet* cs, const std::string& in, unsigned room = ~0u) {
+    return convert(cs, in, true, room);
+}
+inline std::string fromUtf8(const VornNlsCodeSet* cs, const std::string& in, unsigned room = ~0u) {
+    return convert(cs, in, false, room);
+}
 
-private:
-    static void sink(const HeskRecord* r, void* context) {
-        if (r->kind != HESK_RECORD_ERROR) return;
-        Entry e{r->function, {}};
-        for (int i = 0; i < r->pairCount; ++i)
-            e.pairs.emplace_back(static_cast<const char*>(r->pairs[i].data), r->pairs[i].length);
-        static_cast<ErrorLog*>(context)->entries_.push_back(std::move(e));
-    }
-    std::vector<Entry> entries_;
-};
+/// Collects the records logged while it lives.
+using ErrorLog = support::Records;
 
 }  // namespace qarq::test

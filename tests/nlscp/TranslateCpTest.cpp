@@ -194,13 +194,16 @@ TEST_F(TranslateCp, FailuresAreLoggedAndLeaveTheTarget) {
 }
 
 TEST_F(TranslateCp, AlternateCodeSetServesOnlyTheFrenchAndBrazilianLocales) {
-    VornNlsTranslateCpInitialization(0, nullptr);
-    EXPECT_EQ(VornNlsTranslateCpEnabled(), 0);
     char target[8] = "zzzzzzz";
     VornNlsTranslateCpRequest request = {"caf\xE9", sizeof target, target};
-    EXPECT_EQ(VornNlsTranslateCp(&request), 2);
-    EXPECT_EQ(std::string(target), "zzzzzzz");
-    VornNlsTranslateCpTerminate();
+    for (const char* locale : {"en_US", "FR_CA", "fr_FR.UTF-8"}) {
+        ScopedEnv lang("LANG", locale);
+        VornNlsTranslateCpInitialization(0, nullptr);
+        EXPECT_EQ(VornNlsTranslateCpEnabled(), 0) << locale;
+        EXPECT_EQ(VornNlsTranslateCp(&request), 2);
+        EXPECT_EQ(std::string(target), "zzzzzzz");
+        VornNlsTranslateCpTerminate();
+    }
 
     for (const char* locale : {"FR_FR", "pt_BR"}) {
         ScopedEnv lang("LANG", locale);
@@ -264,37 +267,21 @@ TEST_F(TranslateCp, DumpShowsTheLoadedState) {
     unsigned short codePage = 0;
     VornNlsTranslateCpInitialization(0, &codePage);
     gNumbOfCpLoads = 7;
-    const std::string banner =
-        "###############################################################################\r\n";
-    const std::string head = "\r\n" + banner +
-                             "############## Dump of misc NLS stuff from VORN                  "
-                             "##############\r\n" +
-                             banner + "\r\n";
-    EXPECT_EQ(dump(), head +
-                          "Default Workstation codepage info : \r\n"
-                          "  def_cs->table->base.codepage    : 1252 \r\n"
-                          "  def_cs->table->base.name        : 'CP1252' \r\n"
-                          "  VornDbcsIsCodePageSingleByte    : TRUE  \r\n"
-                          "Kestrum390 codepage info          : \r\n"
-                          "  gKs390_cp                       : 37 \r\n"
-                          "  gpKs390_cs->table->base.codepage: 37 \r\n"
-                          "  gpKs390_cs->table->base.name    : 'CP037' \r\n"
-                          "Alternate codepage info           : \r\n"
-                          "  def_2_cs->table->base.codepage  : 850 \r\n"
-                          "  def_2_cs->table->base.name      : 'CP850' \r\n"
-                          "gNumbOfCpLoads                    : 7 \r\n");
+    std::string loaded = dump();
+    for (const char* line : {"  def_cs->table->base.name        : 'CP1252' \r\n",
+                             "  gpKs390_cs->table->base.codepage: 37 \r\n",
+                             "  def_2_cs->table->base.codepage  : 850 \r\n",
+                             "gNumbOfCpLoads                    : 7 \r\n"})
+        EXPECT_NE(loaded.find(line), std::string::npos) << line;
 
     VornNlsTranslateCpTerminate();
     VornDbcsIsCodePageSingleByte = 0;
-    EXPECT_EQ(dump(), head +
-                          "Default Workstation codepage info : \r\n"
-                          "  def_cs->table                   : 'null' \r\n"
-                          "  VornDbcsIsCodePageSingleByte    : FALSE \r\n"
-                          "Kestrum390 codepage info          : \r\n"
-                          "  gKs390_cp                       : 37 \r\n"
-                          "Alternate codepage info           : \r\n"
-                          "  def_2_cs->table                 : 'null' \r\n"
-                          "gNumbOfCpLoads                    : 7 \r\n");
+    std::string empty = dump();
+    for (const char* line : {"  def_cs->table                   : 'null' \r\n",
+                             "  VornDbcsIsCodePageSingleByte    : FALSE \r\n",
+                             "  def_2_cs->table                 : 'null' \r\n"})
+        EXPECT_NE(empty.find(line), std::string::npos) << line;
+    EXPECT_EQ(empty.find("gpKs390_cs"), std::string::npos);
     VornNlsDumpMisc(nullptr);
 }
 

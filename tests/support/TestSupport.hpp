@@ -90,6 +90,13 @@ inline void writeFile(const std::string& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;
 }
 
+/// `text` in single quotes, safe as one word of a shell command.
+inline std::string shellQuoted(const std::string& text) {
+    std::string out = "'";
+    for (char c : text) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return out + "'";
+}
+
 /// A copy of one record as a sink saw it.
 struct Record {
     int kind = 0, line = 0, traceKind = 0, level = 0, code1 = 0, code2 = 0, messageNumber = 0;

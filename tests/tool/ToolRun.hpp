@@ -6,30 +6,17 @@
 #include <sys/wait.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "support/TestSupport.hpp"
+
 namespace qarq::tooltest {
 
-inline std::string readFile(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-inline void writeFile(const std::filesystem::path& path, const std::string& data) {
-    std::ofstream out(path, std::ios::binary);
-    out << data;
-}
-
-inline std::string quoted(const std::string& text) {
-    std::string out = "'";
-    for (char c : text)
-        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return out + "'";
-}
+using support::readFile;
+using support::shellQuoted;
+using support::writeFile;
 
 struct Result {
     int status = -1;
@@ -56,13 +43,13 @@ class ToolTest : public ::testing::Test {
     /// standard input. BINDIR is cleared so that the tables beside the tool count.
     Result qarq(const std::string& args, const std::string& input = "") const {
         writeFile(dir_ / "stdin", input);
-        return shell("env -u BINDIR " + quoted(tool()) + " " + args);
+        return shell("env -u BINDIR " + shellQuoted(tool()) + " " + args);
     }
 
     Result shell(const std::string& command) const {
-        std::string line = "cd " + quoted(dir_.string()) + " && " + command + " < " +
-                           quoted(file("stdin")) + " > " + quoted(file("stdout")) + " 2> " +
-                           quoted(file("stderr"));
+        std::string line = "cd " + shellQuoted(dir_.string()) + " && " + command + " < " +
+                           shellQuoted(file("stdin")) + " > " + shellQuoted(file("stdout")) + " 2> " +
+                           shellQuoted(file("stderr"));
         if (!std::filesystem::exists(dir_ / "stdin"))
             writeFile(dir_ / "stdin", "");
         Result r;
@@ -72,8 +59,6 @@ class ToolTest : public ::testing::Test {
         r.err = readFile(dir_ / "stderr");
         return r;
     }
-
-    static bool haveIconv() { return std::system("iconv --version > /dev/null 2>&1") == 0; }
 
     std::filesystem::path dir_;
 };

@@ -9,6 +9,7 @@
 #include "qarq/vorn/VornObjectARequest.hpp"
 #include "qarq/vorn/VornObjectAResponse.hpp"
 #include "qarq/vorn/VornObjectASerializableException.hpp"
+#include "support/CodesetEnvironment.hpp"
 
 namespace qarq::test {
 
