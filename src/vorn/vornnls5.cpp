@@ -1,5 +1,7 @@
 #include "vorn/vornnls5.hpp"
 
+#include <algorithm>
+
 #include "vorn/VornNlsCodec.hpp"
 
 namespace nls = qarq::vorn::nls;
@@ -9,6 +11,10 @@ namespace {
 
 constexpr unsigned char kShiftOut = 0x0E;  // into double-byte mode
 constexpr unsigned char kShiftIn = 0x0F;   // back to single bytes
+// Single bytes converted one by one before a run goes to the kernel.
+constexpr size_t kShortRun = 16;
+// Room the fast steps leave for the plain loop: three widest characters.
+constexpr size_t kSpare = 9;
 
 }  // namespace
 
@@ -29,34 +35,78 @@ char* vornnls5_ebcdic_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
     const nls::Derived* d = nls::derivedOf(cs);
     const uint32_t* t = d->toUtf8;
     const uint32_t* pairs = nls::pairForms(d);
-    const nls::Kernels& k = nls::kernels();
     const unsigned char* s = source;
     char* out = target;
     bool shifted = false;
-    while (s < sourceEnd && out < targetEnd) {
-        if (!shifted) {
-            // Runs of one-byte forms through the kernel; its table marks
-            // the shift-out and the wider forms, which end a run.
-            size_t run = k.mapRun(d->single, s, nls::span(s, sourceEnd, out, targetEnd), out);
-            s += run;
-            out += run;
-            if (!(s < sourceEnd && out < targetEnd)) break;
-            if (*s == kShiftOut) {
+    // Host text changes state every few characters, so each state has a
+    // tight loop of its own: every form goes out by one four-byte store and
+    // the cursor moves by the form's length, with no test of that length.
+    // Up to three bytes behind the last form are left over; the plain loop
+    // at the end writes at least three bytes over them before the
+    // conversion can end, because fast steps start only before `fastEnd`
+    // (behind it lie at least 8 bytes that are neither shift, so at least
+    // three whole characters follow any step) and leave kSpare bytes of
+    // room (enough for three characters). Text that ends in a long run of
+    // shifts has no fast steps.
+    const unsigned char* fastEnd = sourceEnd;
+    unsigned plain = 0;
+    while (plain < 8 && fastEnd > source && sourceEnd - fastEnd < 64)
+        plain += unsigned(*--fastEnd) - kShiftOut > 1u;
+    if (plain < 8) fastEnd = source;
+    // Each step starts before `stop` and writes at most three bytes, so a
+    // chunk of m source bytes fits in 3m bytes of room.
+    for (;;) {
+        const size_t room = size_t(targetEnd - out);
+        size_t m = s < fastEnd && room > kSpare ? std::min(size_t(fastEnd - s), (room - kSpare) / 3)
+                                                : 0;
+        if (m == 0) break;
+        const unsigned char* stop = s + m;
+        while (s < stop) {
+            if (!shifted) {
+                // Up to kShortRun bytes one by one (the words between
+                // shifts are short); a longer run goes on through the kernel.
+                const unsigned char* shortStop = size_t(stop - s) > kShortRun ? s + kShortRun : stop;
+                while (s < shortStop && *s != kShiftOut) {
+                    out = nls::put4(out, t[*s]);
+                    ++s;
+                }
+                if (s == shortStop) {
+                    if (s < stop) {
+                        size_t run = nls::kernels().mapRun(d->single, s, size_t(stop - s), out);
+                        s += run;
+                        out += run;
+                    }
+                    continue;
+                }
                 shifted = true;
-            } else if (!put(out, targetEnd, t[*s])) {
+                ++s;
+            }
+            // Shifted: pairs from 0x40 to 0xFE; any other byte ends the run.
+            while (s < stop && unsigned(s[0]) - nls::kPairLeadFirst4 < nls::kPairLeads4) {
+                out = nls::put4(out, pairs[(s[0] - nls::kPairLeadFirst4) * 256 + s[1]]);
+                s += 2;
+            }
+            if (s < stop) {
+                // A shift-in, or a single byte in the shifted state.
+                if (*s == kShiftIn)
+                    shifted = false;
+                else
+                    out = nls::put4(out, t[*s]);
+                ++s;
+            }
+        }
+    }
+    // The last characters, each only when all of it fits.
+    while (s < sourceEnd && out < targetEnd) {
+        unsigned b = *s;
+        if (!shifted) {
+            if (b == kShiftOut) {
+                shifted = true;
+            } else if (!put(out, targetEnd, t[b])) {
                 break;
             }
             ++s;
-            continue;
-        }
-        // Shifted: pairs from 0x40 to 0xFE, shift-in, or single bytes.
-        // Runs of pairs with three-byte forms go first.
-        nls::threeBytePairsToUtf8<nls::kPairLeadFirst4>(
-            pairs, [](unsigned char b) { return b - 0x40u <= 0xFE - 0x40u; }, s, sourceEnd, out,
-            targetEnd);
-        if (!(s < sourceEnd && out < targetEnd)) break;
-        unsigned b = *s;
-        if (b >= 0x40 && b <= 0xFE) {
+        } else if (b - nls::kPairLeadFirst4 < nls::kPairLeads4) {
             if (sourceEnd - s < 2) break;
             if (!put(out, targetEnd, pairs[(b - nls::kPairLeadFirst4) * 256 + s[1]])) break;
             s += 2;
