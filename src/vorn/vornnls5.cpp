@@ -1,6 +1,7 @@
 #include "vorn/vornnls5.hpp"
 
 #include <algorithm>
+#include <cstring>
 
 #include "vorn/VornNlsCodec.hpp"
 
@@ -11,10 +12,16 @@ namespace {
 
 constexpr unsigned char kShiftOut = 0x0E;  // into double-byte mode
 constexpr unsigned char kShiftIn = 0x0F;   // back to single bytes
-// Single bytes converted one by one before a run goes to the kernel.
+// Wider single-byte forms converted one by one before the blocks resume.
 constexpr size_t kShortRun = 16;
-// Room the fast steps leave for the plain loop: three widest characters.
-constexpr size_t kSpare = 9;
+// What the fast stores may leave behind the output (an eight-byte store of
+// single bytes that ends at a shift-out); the plain loop covers it with as
+// many characters, for which kPlainBehind bytes that are no shift suffice
+// (each character takes at most two, the last may lack its second) and
+// kSpare bytes of room (three per character).
+constexpr size_t kLeftOver = 8;
+constexpr unsigned kPlainBehind = 2 * kLeftOver + 2;
+constexpr size_t kSpare = 3 * kLeftOver;
 
 }  // namespace
 
@@ -35,24 +42,29 @@ char* vornnls5_ebcdic_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
     const nls::Derived* d = nls::derivedOf(cs);
     const uint32_t* t = d->toUtf8;
     const uint32_t* pairs = nls::pairForms(d);
+    const uint8_t* single = d->single;
     const unsigned char* s = source;
     char* out = target;
     bool shifted = false;
     // Host text changes state every few characters, so each state has a
-    // tight loop of its own: every form goes out by one four-byte store and
-    // the cursor moves by the form's length, with no test of that length.
-    // Up to three bytes behind the last form are left over; the plain loop
-    // at the end writes at least three bytes over them before the
-    // conversion can end, because fast steps start only before `fastEnd`
-    // (behind it lie at least 8 bytes that are neither shift, so at least
-    // three whole characters follow any step) and leave kSpare bytes of
-    // room (enough for three characters). Text that ends in a long run of
-    // shifts has no fast steps.
+    // tight loop of its own. Shifted, each pair's form goes out by one
+    // four-byte store and the cursor moves by the form's length, with no
+    // test of that length. Unshifted, eight bytes at a time: the place of
+    // the first shift-out, and the one-byte forms of the bytes before it in
+    // one eight-byte store, with no branch per byte.
+    //
+    // Up to kLeftOver bytes behind the output are left over by these
+    // stores; the plain loop at the end writes at least that many bytes
+    // over them before the conversion can end: fast steps start only before
+    // `fastEnd` (behind it lie kPlainBehind bytes that are neither shift,
+    // so at least kLeftOver whole characters follow any step) and leave
+    // kSpare bytes of room for those characters. Text that ends in a long
+    // run of shifts has no fast steps.
     const unsigned char* fastEnd = sourceEnd;
     unsigned plain = 0;
-    while (plain < 8 && fastEnd > source && sourceEnd - fastEnd < 64)
+    while (plain < kPlainBehind && fastEnd > source && sourceEnd - fastEnd < 64)
         plain += unsigned(*--fastEnd) - kShiftOut > 1u;
-    if (plain < 8) fastEnd = source;
+    if (plain < kPlainBehind) fastEnd = source;
     // Each step starts before `stop` and writes at most three bytes, so a
     // chunk of m source bytes fits in 3m bytes of room.
     for (;;) {
@@ -63,20 +75,46 @@ char* vornnls5_ebcdic_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
         const unsigned char* stop = s + m;
         while (s < stop) {
             if (!shifted) {
-                // Up to kShortRun bytes one by one (the words between
-                // shifts are short); a longer run goes on through the kernel.
-                const unsigned char* shortStop = size_t(stop - s) > kShortRun ? s + kShortRun : stop;
-                while (s < shortStop && *s != kShiftOut) {
-                    out = nls::put4(out, t[*s]);
-                    ++s;
-                }
-                if (s == shortStop) {
-                    if (s < stop) {
-                        size_t run = nls::kernels().mapRun(d->single, s, size_t(stop - s), out);
+                bool shiftOut = false;
+                unsigned full = 0;
+                while (size_t(stop - s) >= 8) {
+                    uint64_t w;
+                    std::memcpy(&w, s, 8);
+                    uint64_t x = w ^ 0x0E0E0E0E0E0E0E0Eull;
+                    // The high bit of the first shift-out byte (bits above
+                    // it may be wrong, no bit below it is set).
+                    uint64_t z = (x - 0x0101010101010101ull) & ~x & nls::kHighBits;
+                    uint64_t before = ((z & (0 - z)) >> 7) - 1;  // bytes before it
+                    uint64_t f = uint64_t(single[s[0]]) | uint64_t(single[s[1]]) << 8 |
+                                 uint64_t(single[s[2]]) << 16 | uint64_t(single[s[3]]) << 24 |
+                                 uint64_t(single[s[4]]) << 32 | uint64_t(single[s[5]]) << 40 |
+                                 uint64_t(single[s[6]]) << 48 | uint64_t(single[s[7]]) << 56;
+                    if ((f & before & nls::kHighBits) != 0) break;  // a wider form
+                    nls::store8(out, f);
+                    const size_t k = z != 0 ? size_t(__builtin_ctzll(z)) >> 3 : 8;
+                    s += k;
+                    out += k;
+                    if (k < 8) {
+                        shiftOut = true;
+                        break;
+                    }
+                    // A long run goes on through the kernel.
+                    if (++full == 2) {
+                        size_t run = nls::kernels().mapRun(single, s, size_t(stop - s), out);
                         s += run;
                         out += run;
+                        full = 0;
                     }
-                    continue;
+                }
+                if (!shiftOut) {
+                    // Wider forms, and the last bytes before `stop`, one by one.
+                    const unsigned char* shortStop =
+                        size_t(stop - s) > kShortRun ? s + kShortRun : stop;
+                    while (s < shortStop && *s != kShiftOut) {
+                        out = nls::put4(out, t[*s]);
+                        ++s;
+                    }
+                    if (s == shortStop) continue;
                 }
                 shifted = true;
                 ++s;
