@@ -22,6 +22,10 @@ constexpr size_t kShortRun = 16;
 constexpr size_t kLeftOver = 8;
 constexpr unsigned kPlainBehind = 2 * kLeftOver + 2;
 constexpr size_t kSpare = 3 * kLeftOver;
+// Pair codes (lead byte first) less kPairBase index the pair forms; the
+// lead bytes 0x40-0xFE give the indexes below kPairCodes.
+constexpr uint32_t kPairBase = nls::kPairLeadFirst4 << 8;
+constexpr uint32_t kPairCodes = nls::kPairLeads4 << 8;
 
 }  // namespace
 
@@ -77,7 +81,7 @@ char* vornnls5_ebcdic_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
             if (!shifted) {
                 bool shiftOut = false;
                 unsigned full = 0;
-                while (size_t(stop - s) >= 8) {
+                while (size_t(stop - s) > 8) {
                     uint64_t w;
                     std::memcpy(&w, s, 8);
                     uint64_t x = w ^ 0x0E0E0E0E0E0E0E0Eull;
@@ -92,9 +96,12 @@ char* vornnls5_ebcdic_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
                     if ((f & before & nls::kHighBits) != 0) break;  // a wider form
                     nls::store8(out, f);
                     const size_t k = z != 0 ? size_t(__builtin_ctzll(z)) >> 3 : 8;
+                    // A shift-out right behind the block ends the run as well
+                    // (words of eight bytes are common).
+                    const bool next = s[8] == kShiftOut;
                     s += k;
                     out += k;
-                    if (k < 8) {
+                    if (k < 8 || next) {
                         shiftOut = true;
                         break;
                     }
@@ -120,6 +127,27 @@ char* vornnls5_ebcdic_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
                 ++s;
             }
             // Shifted: pairs from 0x40 to 0xFE; any other byte ends the run.
+            // Two pairs at a time: both codes from one four-byte load, and
+            // the run's last odd pair taken with no branch (its store is
+            // left over when there is none).
+            while (stop - s > 2) {
+                uint32_t w;
+                std::memcpy(&w, s, 4);
+                w = __builtin_bswap32(w);
+                const uint32_t first = (w >> 16) - kPairBase, second = (w & 0xFFFF) - kPairBase;
+                const bool lead = first < kPairCodes;
+                if (lead && second < kPairCodes) {
+                    out = nls::put4(out, pairs[first]);
+                    out = nls::put4(out, pairs[second]);
+                    s += 4;
+                    continue;
+                }
+                const uint32_t e = pairs[lead ? first : 0];
+                std::memcpy(out, &e, 4);
+                out += lead ? e >> 24 : 0;
+                s += lead ? 2 : 0;
+                break;
+            }
             while (s < stop && unsigned(s[0]) - nls::kPairLeadFirst4 < nls::kPairLeads4) {
                 out = nls::put4(out, pairs[(s[0] - nls::kPairLeadFirst4) * 256 + s[1]]);
                 s += 2;
