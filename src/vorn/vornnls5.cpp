@@ -26,6 +26,8 @@ constexpr size_t kSpare = 3 * kLeftOver;
 // lead bytes 0x40-0xFE give the indexes below kPairCodes.
 constexpr uint32_t kPairBase = nls::kPairLeadFirst4 << 8;
 constexpr uint32_t kPairCodes = nls::kPairLeads4 << 8;
+// The word loads of the engine read bytes in little-endian order.
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "little-endian word loads");
 
 }  // namespace
 
@@ -73,8 +75,8 @@ char* vornnls5_ebcdic_dbcs_to_utf8(const VornNlsCodeSet* cs, const unsigned char
     // chunk of m source bytes fits in 3m bytes of room.
     for (;;) {
         const size_t room = size_t(targetEnd - out);
-        size_t m = s < fastEnd && room > kSpare ? std::min(size_t(fastEnd - s), (room - kSpare) / 3)
-                                                : 0;
+        size_t m =
+            s < fastEnd && room > kSpare ? std::min(size_t(fastEnd - s), (room - kSpare) / 3) : 0;
         if (m == 0) break;
         const unsigned char* stop = s + m;
         while (s < stop) {
