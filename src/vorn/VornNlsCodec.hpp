@@ -1,7 +1,7 @@
 // Inline pieces shared by the conversion engines: their entry trace point,
 // reading one UTF-8 character by the engines' lenient rule, writing packed
 // UTF-8 forms and double-byte codes, single bytes to UTF-8 through the
-// level's kernels, the runs of pairs both double-byte families take, and the
+// level's kernels, the runs of pairs of kind 2, and the
 // loop of the ASCII-family engines.
 #pragma once
 
