@@ -88,6 +88,12 @@ TEST_F(Convert, FailuresNameTheArgumentOrFile) {
     EXPECT_EQ(1, some.status);
     EXPECT_EQ("ok", some.out);
 
+    // A failed write is told once and ends the run, whichever chunk it hits.
+    writeFile(file("big.txt"), std::string(1 << 20, '\xC1'));
+    Result full = qarq("convert -f 37 -t UTF8 -o /dev/full big.txt big.txt");
+    EXPECT_EQ(1, full.status);
+    EXPECT_EQ("qarq convert: write: No space left on device\n", full.err);
+
     Result dir = qarq("convert --codeset-dir nowhere -f 37 -t UTF8", "");
     EXPECT_EQ(1, dir.status);
     EXPECT_EQ("qarq convert: --codeset-dir nowhere: not a directory\n", dir.err);

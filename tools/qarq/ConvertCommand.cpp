@@ -150,6 +150,7 @@ int runConvert(int argc, char** argv, int first) {
         return failure(kName, error);
     StreamConverter converter(source.get(), target.get(), chunk);
     int status = kExitOk;
+    bool writeFailed = false;
     for (const std::string& file : files) {
         bool isStdin = file == "-";
         FILE* in = isStdin ? stdin : std::fopen(file.c_str(), "rb");
@@ -162,11 +163,13 @@ int runConvert(int argc, char** argv, int first) {
             std::fclose(in);
         if (!ok) {
             status = failure(kName, error);
-            if (error.compare(0, 6, "write:") == 0)
+            writeFailed = error.compare(0, 6, "write:") == 0;
+            if (writeFailed)
                 break;
         }
     }
-    if (!closeOutput(out, output, error))
+    // A failed write leaves the stream's error flag set: it is told once.
+    if (!closeOutput(out, output, error) && !writeFailed)
         status = failure(kName, error);
     return status;
 }

@@ -13,6 +13,9 @@ bool isUtf8(const VornNlsCodeSet* cs) {
     return cs->table == nullptr;
 }
 
+// The shift-in that a kind-4 target holds back between chunks.
+const char kShiftIn = char(VORNNLS_SHIFT_IN);
+
 }  // namespace
 
 StreamConverter::StreamConverter(const VornNlsCodeSet* from, const VornNlsCodeSet* to, size_t chunk)
@@ -22,17 +25,19 @@ StreamConverter::StreamConverter(const VornNlsCodeSet* from, const VornNlsCodeSe
       toUtf8_(isUtf8(to)),
       toShifts_(!isUtf8(to) && to->kind == 4),
       chunk_(chunk < kMinChunk ? kMinChunk : (chunk > kMaxChunk ? kMaxChunk : chunk)) {
-    in_.resize(chunk_ + kMaxCharacter + 1);
-    // Three bytes of UTF-8 at most for one source byte; a kind-4 target at
-    // most doubles UTF-8 (a shift-in before every single byte) and closes
-    // with one shift-in.
-    if (!fromUtf8_)
-        mid_.resize(3 * (chunk_ + kMaxCharacter) + 16);
-    if (!toUtf8_)
-        out_.resize(2 * (fromUtf8_ ? chunk_ + kMaxCharacter : mid_.size()) + 16);
+    for (Buffers& b : buffers_) {
+        b.in.resize(chunk_ + kMaxCharacter + 1);
+        // Three bytes of UTF-8 at most for one source byte; a kind-4 target
+        // at most doubles UTF-8 (a shift-in before every single byte) and
+        // closes with one shift-in.
+        if (!fromUtf8_)
+            b.mid.resize(3 * (chunk_ + kMaxCharacter) + 16);
+        if (!toUtf8_)
+            b.out.resize(2 * (fromUtf8_ ? chunk_ + kMaxCharacter : b.mid.size()) + 16);
+    }
 }
 
-bool StreamConverter::emit(const char* data, size_t length) {
+void StreamConverter::emit(const char* data, size_t length) {
     if (toShifts_) {
         if (heldShiftIn_) {
             heldShiftIn_ = false;
@@ -40,9 +45,7 @@ bool StreamConverter::emit(const char* data, size_t length) {
                 ++data;
                 --length;
             } else {
-                const char shiftIn = char(VORNNLS_SHIFT_IN);
-                if (std::fwrite(&shiftIn, 1, 1, sink_) != 1)
-                    return false;
+                batch_.push_back({&kShiftIn, 1});
             }
         }
         // A kind-4 target writes 0x0F only as a shift-in; hold the closing one.
@@ -51,36 +54,37 @@ bool StreamConverter::emit(const char* data, size_t length) {
             --length;
         }
     }
-    return length == 0 || std::fwrite(data, 1, length, sink_) == length;
+    if (length > 0)
+        batch_.push_back({data, length});
 }
 
-void StreamConverter::convertChunk(const unsigned char* source, size_t length) {
+void StreamConverter::convertChunk(Buffers& b, const unsigned char* source, size_t length) {
     const char* utf8 = reinterpret_cast<const char*>(source);
     size_t utf8Length = length;
     if (!fromUtf8_) {
         utf8Length =
-            vornnls3_tis_to_utf8(from_, utf8, int(length), mid_.data(), unsigned(mid_.size()));
-        utf8 = mid_.data();
+            vornnls3_tis_to_utf8(from_, utf8, int(length), b.mid.data(), unsigned(b.mid.size()));
+        utf8 = b.mid.data();
     }
     if (toUtf8_) {
-        if (!emit(utf8, utf8Length))
-            writeFailed_ = true;
+        emit(utf8, utf8Length);
         return;
     }
     unsigned n =
-        vornnls3_tis_from_utf8(to_, utf8, int(utf8Length), out_.data(), unsigned(out_.size()));
-    if (!emit(out_.data(), n))
-        writeFailed_ = true;
+        vornnls3_tis_from_utf8(to_, utf8, int(utf8Length), b.out.data(), unsigned(b.out.size()));
+    emit(b.out.data(), n);
 }
 
 bool StreamConverter::run(FILE* in, const std::string& inName, FILE* out, std::string& error) {
-    sink_ = out;
+    AsyncWriter writer(out);
     heldShiftIn_ = false;
-    writeFailed_ = false;
-    unsigned char* data = in_.data() + 1;
+    batch_.clear();
+    int current = 0;
     size_t carry = 0;
-    int shifted = 0;  // state of the engine at data[0]
+    int shifted = 0;  // state of the engine at the first byte read
     for (;;) {
+        Buffers& b = buffers_[current];
+        unsigned char* data = b.in.data() + 1;
         size_t total = carry;
         size_t limit = chunk_;
         bool atEnd = false;
@@ -95,6 +99,7 @@ bool StreamConverter::run(FILE* in, const std::string& inName, FILE* out, std::s
             }
             if (std::ferror(in)) {
                 error = inName + ": " + lastError();
+                writer.finish();
                 return false;
             }
             atEnd = total < limit;
@@ -117,25 +122,26 @@ bool StreamConverter::run(FILE* in, const std::string& inName, FILE* out, std::s
         }
         if (cut > 0) {
             if (startShifted) {
-                in_[0] = VORNNLS_SHIFT_OUT;
-                convertChunk(in_.data(), cut + 1);
+                b.in[0] = VORNNLS_SHIFT_OUT;
+                convertChunk(b, b.in.data(), cut + 1);
             } else {
-                convertChunk(data, cut);
+                convertChunk(b, data, cut);
             }
         }
-        if (writeFailed_)
-            break;
+        // The other set is free once the writer takes this chunk; the rest
+        // of the window opens the next chunk there.
+        const bool handedOver = writer.submit(batch_);
         carry = total - cut;
-        std::memmove(data, data + cut, carry);
-        if (atEnd)
+        current = 1 - current;
+        std::memcpy(buffers_[current].in.data() + 1, data + cut, carry);
+        if (!handedOver || atEnd)
             break;
     }
-    if (!writeFailed_ && heldShiftIn_) {
-        const char shiftIn = char(VORNNLS_SHIFT_IN);
-        writeFailed_ = std::fwrite(&shiftIn, 1, 1, out) != 1;
-    }
-    if (writeFailed_) {
-        error = "write: " + lastError();
+    if (heldShiftIn_)
+        batch_.push_back({&kShiftIn, 1});
+    const bool written = writer.submit(batch_) && writer.finish();
+    if (!written) {
+        error = "write: " + writer.error();
         return false;
     }
     return true;

@@ -7,8 +7,12 @@
 // call opens with a shift-out the pair is dropped, so that the output is the
 // one a single call over the whole input would give.
 //
+// The output of a chunk is written by an AsyncWriter while the next chunk is
+// read and converted, into the other of two sets of buffers.
+//
 // Ownership: borrows the code sets (kind 6 stands for UTF-8), which must
-// outlive it; owns its three buffers. Threads: one at a time.
+// outlive it; owns its buffers. Threads: one caller at a time (run() uses a
+// writer thread of its own, joined before it returns).
 // Failures: run() returns false with a message naming the input or output.
 #pragma once
 
@@ -16,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "AsyncWriter.hpp"
 #include "qarq/vorn/VornNlsBoundary.hpp"
 #include "qarq/vorn/vornnls2.hpp"
 
@@ -36,8 +41,16 @@ class StreamConverter {
     bool run(FILE* in, const std::string& inName, FILE* out, std::string& error);
 
   private:
-    void convertChunk(const unsigned char* source, size_t length);
-    bool emit(const char* data, size_t length);
+    // What one chunk is read and converted into; the output pieces of a
+    // chunk point into its own set (or at a constant shift-in).
+    struct Buffers {
+        std::vector<unsigned char> in;  // one spare byte in front for a shift-out
+        std::vector<char> mid;
+        std::vector<char> out;
+    };
+
+    void convertChunk(Buffers& b, const unsigned char* source, size_t length);
+    void emit(const char* data, size_t length);
 
     const VornNlsCodeSet* from_;
     const VornNlsCodeSet* to_;
@@ -45,12 +58,9 @@ class StreamConverter {
     bool toUtf8_;
     bool toShifts_;
     size_t chunk_;
-    std::vector<unsigned char> in_;  // one spare byte in front for a shift-out
-    std::vector<char> mid_;
-    std::vector<char> out_;
-    FILE* sink_ = nullptr;
+    Buffers buffers_[2];
+    std::vector<AsyncWriter::Piece> batch_;
     bool heldShiftIn_ = false;
-    bool writeFailed_ = false;
 };
 
 }  // namespace qarqtool
