@@ -17,7 +17,6 @@
 #include "qarq/vorn/vornnls3.hpp"
 #include "qarq/vorn/vornnls6.hpp"
 #include "support/CodesetTree.hpp"
-#include "support/TracePoints.hpp"
 #include "vorn/VornNlsTable.hpp"
 
 namespace {
@@ -161,7 +160,6 @@ TEST_F(Boundary, Utf8IsCutOnTheSequencesTheEnginesRead) {
 TEST_F(Boundary, EdgesOfTheArguments) {
     const VornNlsCodeSet* shifts = tables_.count(8) ? tables_.at(8).get() : nullptr;
     ASSERT_NE(shifts, nullptr);
-    EXPECT_EQ(VornNlsBoundary(shifts, nullptr, 5, nullptr), 0u);
     // No state pointer: the walk starts unshifted.
     EXPECT_EQ(VornNlsBoundary(shifts, "\x0E\x42\x41\x42", 4, nullptr), 3u);
     int shifted = 1;
@@ -176,18 +174,6 @@ TEST_F(Boundary, EdgesOfTheArguments) {
     if (def_cs->table == nullptr) {
         EXPECT_EQ(VornNlsBoundary(nullptr, "a\xE3\x81", 3, nullptr), 1u);
     }
-}
-
-TEST_F(Boundary, EntryAndExitAreTracedWhenTheGateIsOpen) {
-    std::vector<qarq::test::TracePoints::Point> points;
-    {
-        qarq::test::TracePoints trace;
-        VornNlsBoundary(tables_.begin()->second.get(), "A", 1, nullptr);
-        points = trace.points();
-    }
-    EXPECT_EQ(points,
-              (std::vector<qarq::test::TracePoints::Point>{{"VornNlsBoundary", HESK_TRACE_ENTRY},
-                                                           {"VornNlsBoundary", HESK_TRACE_EXIT}}));
 }
 
 }  // namespace
