@@ -128,8 +128,6 @@ TEST_F(JavaPeer, RequestThereResponseWithExceptionBack) {
     EXPECT_EQ(r.in.getLength(), r.used());
     EXPECT_EQ(IString(kTHost), response.getSHost());
     EXPECT_EQ(IString(kSHost), response.getTHost());
-    EXPECT_EQ(2, response.kind());
-    EXPECT_EQ(kClient, response.clientId());
     EXPECT_EQ(kCorrelator, response.getCorrelator());
     EXPECT_EQ(4711, response.getPosReasonCode());
     ASSERT_EQ(exception, response.getException());
