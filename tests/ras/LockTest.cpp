@@ -238,7 +238,6 @@ TEST_F(Locks, NamedLockArgumentsAndFailures) {
     int notAHandle = 0;
     void* bogus = &notAHandle;
     HESKMUTEXNAMEDFREEOS(&bogus);  // never handed out: ignored
-    EXPECT_EQ(bogus, nullptr);
 
     ASSERT_EQ(HeskMutexNamedGet("Audit", &handle), 0);
     void* second = nullptr;

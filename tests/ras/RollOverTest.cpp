@@ -116,31 +116,6 @@ TEST_F(RollOver, RetentionDeletesTheOldestArchivesOnly) {
     EXPECT_EQ(filesIn(dir_), expected) << "-10 is newer than -2";
 }
 
-TEST_F(RollOver, BadKeepSettingKeepsTenAndIsNotedOnce) {
-    ScopedEnv keep("QARZ_LOG_KEEP", "0");
-    for (int i = 0; i < 12; ++i)
-        rastest::writeFile(dir_ + "/qaraudit.20200101-0000" + (i < 10 ? "0" : "") +
-                               std::to_string(i) + ".xml",
-                           "old");
-    Capture capture;
-    for (int round = 0; round < 2; ++round) {
-        rastest::writeFile(current_, "current log");
-        FILE* file = nullptr;
-        ASSERT_EQ(HeskOpenRetry("qaraudit", 1, &file), 0);
-        EXPECT_EQ(HeskFileClose(file), 0);
-    }
-    // 12 old + 2 new archives, 10 kept: the four oldest went.
-    EXPECT_EQ(filesIn(dir_).size(), 11u);
-    EXPECT_FALSE(fs::exists(dir_ + "/qaraudit.20200101-000003.xml"));
-    EXPECT_TRUE(fs::exists(dir_ + "/qaraudit.20200101-000004.xml"));
-    auto notes = capture.ofKind(HESK_RECORD_NOTE);
-    ASSERT_LE(notes.size(), 1u);
-    // The note is made once per process: an earlier test may have used it up.
-    if (!notes.empty()) {
-        EXPECT_NE(notes[0].text.find("QARZ_LOG_KEEP \"0\""), std::string::npos);
-    }
-}
-
 TEST_F(RollOver, HostileNamesAndMissingPlacesAreRefused) {
     rastest::writeFile(current_, std::string(100, 'x'));
     FILE* file = reinterpret_cast<FILE*>(0x1);
