@@ -77,19 +77,12 @@ TEST(Loader, PointerFilesChainUpToFourInTheSameDirectory) {
     EXPECT_EQ(vornnls2_cs_new("LOOPA"), nullptr);
 }
 
-TEST(Loader, Utf8NeedsNoFileButLowerCaseUtf8IsAFileName) {
+TEST(Loader, Utf8NeedsNoFile) {
     auto failOpen = [](const char*, int, mode_t) -> int { return -1; };
-    {
-        ScopedOsCall noOpen(&qarq::os::Calls::open, +failOpen);
-        Record cs(vornnls2_cs_new("UTF8"));
-        ASSERT_NE(cs, nullptr);
-        EXPECT_EQ(cs->kind, 6);
-    }
-    BindirTree tree;
-    tree.put("utf8", qarq::test::ebcdicSbcs().bytes());
-    Record file(vornnls2_cs_new("utf8"));
-    ASSERT_NE(file, nullptr);
-    EXPECT_EQ(file->kind, 1);
+    ScopedOsCall noOpen(&qarq::os::Calls::open, +failOpen);
+    Record cs(vornnls2_cs_new("UTF8"));
+    ASSERT_NE(cs, nullptr);
+    EXPECT_EQ(cs->kind, 6);
 }
 
 TEST(Loader, FailuresUnderBindirFallBackToTheCurrentDirectory) {
@@ -135,13 +128,6 @@ TEST(Loader, EachFailingCallIsLoggedWithItsDataAndGivesNull) {
         EXPECT_EQ(vornnls2_load_table(tree.codeset().c_str(), "T", &size), nullptr);
         EXPECT_EQ(size, 0u);
         EXPECT_TRUE(mentions(log, "vornnls2_load_table", path));
-    }
-    {
-        static auto malloc = [](size_t) -> void* { return nullptr; };
-        ScopedOsCall s(&qarq::os::Calls::malloc, +malloc);
-        ErrorLog log;
-        EXPECT_EQ(vornnls2_cs_new("T"), nullptr);  // the record itself
-        EXPECT_TRUE(mentions(log, "vornnls2_cs_new", "T"));
     }
     {
         // The record is allocated; the image is not.
@@ -251,8 +237,6 @@ TEST(Loader, TablesThatPointOutsideTheImageAreRefused) {
     add("page", qarq::test::asciiSbcs(),
         [&](UcvImage& t) { t.fromPage(0x41, uint16_t(end16(t) - 63)); });
     add("single-byte row", qarq::test::sampleDbcs(2), [&](UcvImage& t) { t.toFirst(0, 0xFFFF); });
-    add("lead-byte row", qarq::test::sampleDbcs(2),
-        [&](UcvImage& t) { t.toFirst(0x82, end16(t)); });
     add("lead-byte row", qarq::test::sampleDbcs(4), [&](UcvImage& t) { t.toFirst(0x40, 0xFFFF); });
     add("byte class 0", qarq::test::sampleMbcs(), [](UcvImage& t) { t.byteClass(0x80, 0); });
     add("page", qarq::test::sampleMbcs(),
@@ -271,11 +255,6 @@ TEST(Loader, TablesThatPointOutsideTheImageAreRefused) {
     add("prefix", qarq::test::sampleMbcs(), [&](UcvImage& t) {
         size_t entry = t.byteOf(t.get16(224 + 2 * 0x4E)) + 4 * 0x02;  // U+4E02: 3 bytes
         t.set16(entry, uint16_t((t.bytes().size() - t.dataOffset()) / 16));
-    });
-    add("prefix", qarq::test::sampleMbcs(), [&](UcvImage& t) {
-        size_t entry = t.byteOf(t.get16(224 + 2 * 0x4E)) + 4 * 0x02;
-        size_t prefix = t.dataOffset() + 16 * size_t(t.get16(entry));
-        t.set16(prefix + 14, 15);  // a prefix longer than its entry
     });
     for (auto& c : cases) {
         SCOPED_TRACE(c.reason);
