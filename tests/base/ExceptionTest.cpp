@@ -53,7 +53,6 @@ TEST(Exception, TextStackAndLocationList) {
     IInvalidParameter copy(e);
     copy.setText("fourth");
     EXPECT_EQ(e.textCount(), 3u);
-    EXPECT_STREQ(copy.text(1), "third");
     EXPECT_STREQ(copy.text(3), "first more");
     EXPECT_STREQ(copy.locationAtIndex(4)->fileName(), "file6");
     EXPECT_EQ(copy.errorId(), 7u);
