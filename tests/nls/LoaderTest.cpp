@@ -81,25 +81,6 @@ TEST(Loader, Utf8NeedsNoFile) {
     EXPECT_EQ(cs->kind, 6);
 }
 
-TEST(Loader, FailuresUnderBindirFallBackToTheCurrentDirectory) {
-    BindirTree tree;
-    qarq::support::TempDir cwd;
-    qarq::test::ScopedCwd inCwd(cwd.path());
-    qarq::test::writeFile(cwd.path() + "/C1", qarq::test::ebcdicSbcs().bytes());
-    Record fromCwd(vornnls2_cs_new("C1"));
-    ASSERT_NE(fromCwd, nullptr);
-
-    // A refused table under BINDIR counts as one that could not be read.
-    UcvImage bad = qarq::test::asciiSbcs();
-    bad.set32(0, 0x7FFFFFFF);
-    tree.put("C1", bad.bytes());
-    ErrorLog log;
-    Record stillCwd(vornnls2_cs_new("C1"));
-    ASSERT_NE(stillCwd, nullptr);
-    EXPECT_EQ(qarq::vorn::nls::rd16(stillCwd->table + 50), 0x1100);
-    EXPECT_TRUE(mentions(log, "vornnls2_load_table", "data offset"));
-}
-
 TEST(Loader, EachFailingCallIsLoggedWithItsDataAndGivesNull) {
     BindirTree tree;
     tree.put("T", qarq::test::asciiSbcs().bytes());
