@@ -18,10 +18,6 @@ class SampleExc : public VornExcBase {
         switch (texts) {
             case 0:
                 throwExc(location);
-            case 1:
-                throwExc("t1", location);
-            case 2:
-                throwExc("t1", "t2", location);
             case 3:
                 throwExc("t1", "t2", "t3", location);
             default:
