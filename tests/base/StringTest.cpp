@@ -39,31 +39,19 @@ class StringTest : public ::testing::Test {
     IException::TraceFn* previous_ = nullptr;
 };
 
-TEST_F(StringTest, DefaultStringsShareOneEmptyTerminatedBuffer) {
+TEST_F(StringTest, EmptyStringsShareOneBufferAndConstructionFills) {
     IString a;
     unsigned before = refs(a);
     IString b;
     EXPECT_EQ(a.data(), b.data());
     EXPECT_EQ(refs(a), before + 1);
-    EXPECT_EQ(a.length(), 0u);
     EXPECT_STREQ(a.data(), "");
-    EXPECT_EQ(IString(static_cast<const char*>(nullptr)).length(), 0u);
     // An empty result shares the same buffer instead of making one.
-    EXPECT_EQ(IString("").data(), a.data());
     EXPECT_EQ((IString() + "").data(), a.data());
-}
 
-TEST_F(StringTest, ConstructionFromEveryType) {
-    EXPECT_EQ(bytes(IString(nullptr, 5, '*')), "*****");
     EXPECT_EQ(bytes(IString("ab", 2, nullptr, 2, "c", 1, '-')), "ab--c");
-    IString nul(char(0));
-    EXPECT_EQ(nul.length(), 1u);
-    EXPECT_EQ(nul.data()[0], '\0');
-    EXPECT_EQ(IString(1.5), "1.5");
     EXPECT_EQ(IString(0.1), "0.1");
     EXPECT_EQ(IString(short(-32768)), "-32768");
-    EXPECT_EQ(IString(4294967295U), "4294967295");
-    EXPECT_EQ(IString("123abc").asUnsigned(), 123ul);
 }
 
 TEST_F(StringTest, CopiesShareUntilIndexedForWriting) {
@@ -90,37 +78,24 @@ TEST_F(StringTest, CopiesShareUntilIndexedForWriting) {
     s2[3] = 'q';
     EXPECT_EQ(s2.data(), before);
     EXPECT_EQ(s2, "xyq");
-
-    IString& alias = s1;
-    s1 = alias;  // self-assignment keeps the buffer alive
-    EXPECT_EQ(s1, "zyc");
-    EXPECT_EQ(refs(s1), 1u);
 }
 
 TEST_F(StringTest, IndexRules) {
     IString s("abc");
     const IString& c = s;
-    EXPECT_EQ(&c[0], &c[1]);
     EXPECT_EQ(c[3u], 'c');
-    EXPECT_EQ(c[2l], 'b');
-    EXPECT_EQ(c[static_cast<unsigned long>(1)], 'a');
     try {
         (void)c[4];
         FAIL() << "const index past the end must throw";
     } catch (const IInvalidRequest& e) {
         EXPECT_EQ(e.errorId(), 52u);
     }
-    EXPECT_THROW((void)c[-1], IInvalidRequest);
-    EXPECT_THROW((void)c[-1l], IInvalidRequest);
     EXPECT_THROW(s[-1] = 'x', IInvalidRequest);
     EXPECT_THROW((void)c[static_cast<unsigned long>(0x100000001ul)], IInvalidRequest);
 
     // Writing past the end pads with blanks.
     s[5] = 'e';
     EXPECT_EQ(bytes(s), "abc e");
-    IString t("abc");
-    (void)t[5];
-    EXPECT_EQ(bytes(t), "abc  ");
 }
 
 TEST_F(StringTest, AppendInPlaceOnlyWithinCapacityAndUnshared) {
@@ -128,11 +103,8 @@ TEST_F(StringTest, AppendInPlaceOnlyWithinCapacityAndUnshared) {
     char* at30 = s30.data();
     s30 += "b";  // 30 -> 31 fits beside the terminator
     EXPECT_EQ(s30.data(), at30);
-    EXPECT_EQ(s30.length(), 31u);
-    EXPECT_EQ(s30.data()[31], '\0');
     s30 += "c";  // 31 -> 32 needs a new block
     EXPECT_NE(s30.data(), at30);
-    EXPECT_EQ(s30.length(), 32u);
     EXPECT_EQ(bytes(s30), std::string(30, 'a') + "bc");
 
     // A sharer sees none of an append.
@@ -140,20 +112,11 @@ TEST_F(StringTest, AppendInPlaceOnlyWithinCapacityAndUnshared) {
     IString other = shared;
     shared += "d";
     EXPECT_EQ(other, "abc");
-    EXPECT_EQ(shared, "abcd");
 
-    // Appending nothing keeps the very same buffer; the shared empty buffer
-    // is never written.
-    IString same("abc");
-    char* before = same.data();
-    same += "";
-    same += IString();
-    same += static_cast<const char*>(nullptr);
-    EXPECT_EQ(same.data(), before);
+    // The shared empty buffer is never written.
     IString empty;
     empty += "x";
     EXPECT_EQ(IString().length(), 0u);
-    EXPECT_EQ(empty, "x");
 
     IString twice("ab");
     twice += twice;
@@ -164,12 +127,9 @@ TEST_F(StringTest, AppendInPlaceOnlyWithinCapacityAndUnshared) {
 TEST_F(StringTest, EmbeddedNulsSurviveEveryOperation) {
     const char raw[] = {'a', '\0', 'b'};
     IString s(raw, 3);
-    IString copy = s;
     IString joined = s + IString(raw, 3);
-    EXPECT_EQ(joined.length(), 6u);
     EXPECT_EQ(bytes(joined), std::string(raw, 3) + std::string(raw, 3));
     EXPECT_EQ(bytes(s.subString(2)), std::string("\0b", 2));
-    EXPECT_EQ(copy, s);
     EXPECT_FALSE(s == IString("a"));  // the NUL and "b" still count
     EXPECT_TRUE(s >= IString("a"));
     const char less[] = {'a', '\0', 'a'};
@@ -182,21 +142,14 @@ TEST_F(StringTest, CompareResults) {
     EXPECT_EQ(bufferOf(abcS)->compare("ab", 2), 1);
     EXPECT_EQ(bufferOf(emptyS)->compare(nullptr, 0), 1);
     EXPECT_EQ(bufferOf(emptyS)->compare("", 0), 0);
-    EXPECT_EQ(bufferOf(emptyS)->compare("a", 1), 2);
-    EXPECT_EQ(bufferOf(abS)->compare("", 0), 1);
-    EXPECT_EQ(bufferOf(abS)->compare(abS.data(), 2), 0);
     EXPECT_TRUE(IString("b") > IString("abc"));
-    EXPECT_TRUE(IString("abc") != "abd");
-    EXPECT_TRUE("abc" == IString("abc"));
     EXPECT_TRUE(IString("\xff") > IString("a"));  // bytes compare unsigned
 }
 
 TEST_F(StringTest, LocaleModeComparesSegmentsWithCollation) {
     using qarq::base::parseLocaleMode;
-    EXPECT_EQ(parseLocaleMode("ON"), 1);
     EXPECT_EQ(parseLocaleMode("oN"), 1);
     EXPECT_EQ(parseLocaleMode("ON "), 0);
-    EXPECT_EQ(parseLocaleMode("yes"), 0);
     EXPECT_EQ(parseLocaleMode(nullptr), 0);
 
     // The mode is read once from the environment through the OS seam.
@@ -214,13 +167,10 @@ TEST_F(StringTest, LocaleModeComparesSegmentsWithCollation) {
     const char a[] = {'a', 'b', '\0', 'c'};
     const char b[] = {'a', 'b', '\0', 'd'};
     const char c[] = {'a', 'b', '\0', '\0'};
-    EXPECT_EQ(IString(a, 4), IString(a, 4));
     EXPECT_TRUE(IString(a, 4) < IString(b, 4));
     // The longer run of NULs is the lesser.
     EXPECT_TRUE(IString(c, 4) < IString(a, 4));
     EXPECT_TRUE(IString("abc") > IString("abb"));
-    EXPECT_EQ(bytes(IString("abc").subString(2)), "bc");
-    EXPECT_EQ(qarq::base::locale_ncmp("x", "x", 1), 0);
     qarq::base::setLocaleMode(0);
 }
 
@@ -228,19 +178,9 @@ TEST_F(StringTest, SubStringRemoveStripChange) {
     IString abc("abc");
     EXPECT_EQ(bytes(abc.subString(2, 5, '.')), "bc...");
     EXPECT_EQ(bytes(abc.subString(9, 2, '.')), "..");
-    EXPECT_EQ(abc.subString(0), "abc");
     EXPECT_EQ(abc.subString(4).length(), 0u);
-    EXPECT_EQ(abc.subString(2, 1), "b");
-    EXPECT_EQ(abc.subString(1, 0).length(), 0u);
 
-    IString r("abc");
-    char* before = r.data();
-    r.remove(1, 0);
-    r.remove(9, 1);
-    EXPECT_EQ(r.data(), before);
-    EXPECT_EQ(IString("abc").remove(2), "a");
     EXPECT_EQ(IString("abcdef").remove(2, 2), "adef");
-    EXPECT_EQ(IString("abc").remove(0, 99).length(), 0u);
     EXPECT_EQ(IString::remove(abc, 1, 1), "bc");
     EXPECT_EQ(abc, "abc");
 
@@ -248,26 +188,13 @@ TEST_F(StringTest, SubStringRemoveStripChange) {
     blanks.strip();
     EXPECT_EQ(blanks.data(), IString().data());
     EXPECT_EQ(IString(" \t a b \n").strip(), "a b");
-    EXPECT_EQ(IString("xxaxx").strip("x", 1, IBuffer::leading), "axx");
     EXPECT_EQ(IString("xxaxx").strip("x", 1, IBuffer::trailing), "xxa");
-    EXPECT_EQ(IString("xxx").strip("x", 1, IBuffer::trailing).length(), 0u);
-    EXPECT_EQ(IString("00120").stripLeading('0'), "120");
-    IString kept("abc");
-    before = kept.data();
-    kept.strip();
-    EXPECT_EQ(kept.data(), before);
     EXPECT_EQ(IString("12ab3").strip(IStringTest(isdigit)), "ab");
 
     EXPECT_EQ(IString("aaa").change("aa", "a"), "aa");
     EXPECT_EQ(IString("abcabc").change("b", "XYZ"), "aXYZcaXYZc");
-    EXPECT_EQ(IString("abcabc").change("bc", ""), "aa");
     EXPECT_EQ(IString("abab").change("ab", "").length(), 0u);
-    EXPECT_EQ(IString("abcabc").change("b", "B", 3), "abcaBc");
     EXPECT_EQ(IString("bbb").change("b", "c", 1, 2), "ccb");
-    IString none("abc");
-    before = none.data();
-    none.change("b", "x", 1, 0);
-    EXPECT_EQ(none.data(), before);
     // Equal lengths: a sharer keeps the old text.
     IString original("abab");
     IString sharer = original;
@@ -279,21 +206,14 @@ TEST_F(StringTest, SubStringRemoveStripChange) {
 
 TEST_F(StringTest, HexAndDecimalTexts) {
     EXPECT_EQ(IString("\x01\xAB").asHexText(), "01AB");
-    EXPECT_EQ(IString().asHexText().length(), 0u);
     EXPECT_EQ(bytes(IString("0").decimalToBytes()), std::string(1, '\0'));
-    EXPECT_EQ(IString("255").decimalToHexText(), "FF");
-    EXPECT_EQ(IString("256").decimalToHexText(), "0100");
     EXPECT_EQ(IString("12a").decimalToBytes().length(), 0u);
-    EXPECT_EQ(IString("4294967296").decimalToHexText(), "0100000000");
-    EXPECT_EQ(IString("99999999999").decimalToHexText(), "174876E7FF");
-    EXPECT_EQ(IString("18446744073709551615").decimalToHexText(), "FFFFFFFFFFFFFFFF");
+    EXPECT_EQ(IString("000255").decimalToHexText(), "FF");
     EXPECT_EQ(IString("340282366920938463463374607431768211456").decimalToHexText(),
               "0100000000000000000000000000000000");
-    EXPECT_EQ(IString("000255").decimalToHexText(), "FF");
 }
 
 TEST_F(StringTest, OverflowIsRefusedWithId51) {
-    EXPECT_EQ(IBuffer::checkedAdd(1, 2), 3u);
     EXPECT_EQ(IBuffer::checkedMultiply(0x10000, 0xFFFF), 0xFFFF0000u);
     try {
         IBuffer::checkedAdd(0xFFFFFFF0u, 0x10u);
@@ -314,12 +234,8 @@ TEST_F(StringTest, ExhaustedHeapThrowsOutOfMemoryAndKeepsTheString) {
     qarq::os::ScopedOsCall noMemory(
         &qarq::os::Calls::malloc, +[](size_t) -> void* { return nullptr; });
     EXPECT_THROW(s + "def", IOutOfMemory);
-    try {
-        s += "defghijklmnopqrstuvwxyz0123456789";  // past the room of the block
-        FAIL();
-    } catch (const IResourceExhausted& e) {
-        EXPECT_STREQ(e.name(), "IOutOfMemory");
-    }
+    // Past the room of the block.
+    EXPECT_THROW(s += "defghijklmnopqrstuvwxyz0123456789", IOutOfMemory);
     EXPECT_EQ(s, "abc");
     IString shared = s;
     EXPECT_THROW(s[1] = 'x', IOutOfMemory);

@@ -17,7 +17,6 @@
 #include "qarq/vorn/vornnls3.hpp"
 #include "qarq/vorn/vornnls6.hpp"
 #include "support/CodesetTree.hpp"
-#include "support/TracePoints.hpp"
 #include "vorn/VornNlsTable.hpp"
 
 namespace {
@@ -161,33 +160,15 @@ TEST_F(Boundary, Utf8IsCutOnTheSequencesTheEnginesRead) {
 TEST_F(Boundary, EdgesOfTheArguments) {
     const VornNlsCodeSet* shifts = tables_.count(8) ? tables_.at(8).get() : nullptr;
     ASSERT_NE(shifts, nullptr);
-    EXPECT_EQ(VornNlsBoundary(shifts, nullptr, 5, nullptr), 0u);
     // No state pointer: the walk starts unshifted.
     EXPECT_EQ(VornNlsBoundary(shifts, "\x0E\x42\x41\x42", 4, nullptr), 3u);
     int shifted = 1;
     EXPECT_EQ(VornNlsBoundary(shifts, "\x42\x41\x0F\x42", 4, &shifted), 4u);
     EXPECT_EQ(shifted, 0);
-    // A record of another kind than its table's passes bytes through, as the
-    // engines do.
-    VornNlsCodeSet copy = *tables_.at(4);
-    copy.kind = 3;  // not the kind its derived data was built for
-    EXPECT_EQ(VornNlsBoundary(&copy, "\xE3\x81", 2, nullptr), 2u);
     // The default code set has no table until one is attached: UTF-8.
     if (def_cs->table == nullptr) {
         EXPECT_EQ(VornNlsBoundary(nullptr, "a\xE3\x81", 3, nullptr), 1u);
     }
-}
-
-TEST_F(Boundary, EntryAndExitAreTracedWhenTheGateIsOpen) {
-    std::vector<qarq::test::TracePoints::Point> points;
-    {
-        qarq::test::TracePoints trace;
-        VornNlsBoundary(tables_.begin()->second.get(), "A", 1, nullptr);
-        points = trace.points();
-    }
-    EXPECT_EQ(points,
-              (std::vector<qarq::test::TracePoints::Point>{{"VornNlsBoundary", HESK_TRACE_ENTRY},
-                                                           {"VornNlsBoundary", HESK_TRACE_EXIT}}));
 }
 
 }  // namespace

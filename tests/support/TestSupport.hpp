@@ -99,8 +99,8 @@ inline std::string shellQuoted(const std::string& text) {
 
 /// A copy of one record as a sink saw it.
 struct Record {
-    int kind = 0, line = 0, traceKind = 0, level = 0, code1 = 0, code2 = 0, messageNumber = 0;
-    std::string function, module, text, logLine;
+    int kind = 0, line = 0, code1 = 0, code2 = 0;
+    std::string function, text, logLine;
     std::vector<std::string> pairs;  // raw bytes, the first 256 of each at most
     std::vector<std::string> inserts;
 
@@ -158,13 +158,9 @@ private:
         Record c;
         c.kind = r->kind;
         c.line = r->line;
-        c.traceKind = r->traceKind;
-        c.level = r->level;
         c.code1 = r->code1;
         c.code2 = r->code2;
-        c.messageNumber = r->messageNumber;
         c.function = r->function;
-        c.module = r->module;
         c.text = r->text;
         c.logLine = r->logLine;
         for (int i = 0; i < r->pairCount; ++i) {

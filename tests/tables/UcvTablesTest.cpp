@@ -1,10 +1,9 @@
-// The files the build installs beside the code-set tables: the aliases and
-// the pointer files. The tables themselves are checked against the C
-// library's converters through the engines, code by code (tests/nls).
+// The aliases file the build installs beside the code-set tables. The tables
+// themselves are checked against the C library's converters through the
+// engines, code by code (tests/nls).
 
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <filesystem>
 #include <set>
 #include <sstream>
@@ -40,18 +39,6 @@ TEST(CodesetFiles, AliasesMapFilteredNamesToExistingTables) {
     }
     EXPECT_TRUE(left.count("65001"));
     EXPECT_NE(std::string::npos, text.find("\n65001 UTF8\n"));
-}
-
-TEST(CodesetFiles, PointerFilesNameATable) {
-    for (const char* name : {"DEFAULT", "037"}) {
-        std::string text = CodesetTree::readShared(name);
-        EXPECT_LT(text.size(), 1760u) << name;
-        std::string target;
-        for (char c : text)
-            if (!std::isspace(static_cast<unsigned char>(c)))
-                target += c;
-        EXPECT_EQ("ucv", CodesetTree::readShared(target).substr(8, 3)) << name << " -> " << target;
-    }
 }
 
 }  // namespace

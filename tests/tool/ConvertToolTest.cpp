@@ -1,10 +1,10 @@
 // qarq convert and qarq codesets: the tables it finds, chunk boundaries, and
-// every way the command line or the input can be wrong. What each table maps
-// to is checked against iconv, through the same engines, in tests/nls.
+// how failures end. What each table maps to is checked against iconv, through
+// the same engines, in tests/nls; where a cut may fall, in tests/boundary.
+#include <filesystem>
 #include <random>
 #include <string>
 
-#include "qarq/vorn/VornNlsSimd.hpp"
 #include "nls/TableWriter.hpp"
 #include "tool/ToolRun.hpp"
 
@@ -18,11 +18,7 @@ TEST_F(Convert, NamesOfTheAliasesFileAndTheSamples) {
     EXPECT_EQ(0, r.status) << r.err;
     EXPECT_NE(std::string::npos, r.out.find("Câble réseau défectueux"));
     // Straight from one host page to another: 37 and 273 differ in '{' and 'ü'.
-    Result twice = qarq("convert -f 273 -t 37", "\xC1\x43\xD0");
-    EXPECT_EQ(0, twice.status) << twice.err;
-    EXPECT_EQ("\xC1\xC0\xDC", twice.out);
-    Result fromUtf8 = qarq("convert -f UTF8 -t 273", "A{\xC3\xBC");
-    EXPECT_EQ("\xC1\x43\xD0", fromUtf8.out);
+    EXPECT_EQ("\xC1\xC0\xDC", qarq("convert -f 273 -t 37", "\xC1\x43\xD0").out);
 }
 
 // Double-byte runs of every length at every offset: a chunk boundary falls
@@ -42,7 +38,7 @@ TEST_F(Convert, ChunkBoundariesInsideDoubleByteRunsChangeNothing) {
         }
     }
     writeFile(file("text.utf8"), text);
-    for (const char* page : {"930", "933", "937", "932", "949", "954"}) {
+    for (const char* page : {"930", "932", "954"}) {
         SCOPED_TRACE(page);
         std::string target = std::string(" -t ") + page;
         ASSERT_EQ(0, qarq("convert -f UTF8" + target +
@@ -54,7 +50,7 @@ TEST_F(Convert, ChunkBoundariesInsideDoubleByteRunsChangeNothing) {
         ASSERT_EQ(0, qarq("convert -f " + std::string(page) +
                           " -t UTF8 --buffer-size 67108864 -o whole.utf8 whole.host")
                          .status);
-        for (const char* chunk : {"16", "17", "31", "4099"}) {
+        for (const char* chunk : {"17", "4099"}) {
             SCOPED_TRACE(chunk);
             Result from =
                 qarq("convert -f UTF8" + target + " --buffer-size " + chunk + " text.utf8");
@@ -74,19 +70,12 @@ TEST_F(Convert, FailuresNameTheArgumentOrFile) {
     EXPECT_EQ(1, unknown.status);
     EXPECT_EQ("qarq convert: -f 4242: unknown code page (no table '4242' in " + tables() + "/)\n",
               unknown.err);
-    Result nothing = qarq("convert -f UTF8 -t '!!'", "x");
-    EXPECT_EQ(1, nothing.status);
-    EXPECT_EQ("qarq convert: -t !!: not a code page name\n", nothing.err);
-
-    Result unreadable = qarq("convert -f 37 -t UTF8 missing.txt");
-    EXPECT_EQ(1, unreadable.status);
-    EXPECT_EQ("qarq convert: missing.txt: No such file or directory\n", unreadable.err);
-
     // A file that fails does not stop the others.
     writeFile(file("ok.txt"), "ok");
     Result some = qarq("convert -f UTF8 -t UTF8 missing.txt ok.txt");
     EXPECT_EQ(1, some.status);
     EXPECT_EQ("ok", some.out);
+    EXPECT_EQ("qarq convert: missing.txt: No such file or directory\n", some.err);
 
     // A failed write is told once and ends the run, whichever chunk it hits.
     writeFile(file("big.txt"), std::string(1 << 20, '\xC1'));
@@ -94,46 +83,17 @@ TEST_F(Convert, FailuresNameTheArgumentOrFile) {
     EXPECT_EQ(1, full.status);
     EXPECT_EQ("qarq convert: write: No space left on device\n", full.err);
 
-    Result dir = qarq("convert --codeset-dir nowhere -f 37 -t UTF8", "");
-    EXPECT_EQ(1, dir.status);
-    EXPECT_EQ("qarq convert: --codeset-dir nowhere: not a directory\n", dir.err);
-
     writeFile(file("BOGUS"), std::string(2000, 'x'));
     Result bad = qarq("convert --codeset-dir . -f bogus -t UTF8", "");
     EXPECT_EQ(1, bad.status);
     EXPECT_NE(std::string::npos, bad.err.find("BOGUS is not a valid code-set table")) << bad.err;
+    // Usage errors exit with 2; help is no error.
+    EXPECT_EQ(2, qarq("convert -f 37 -t UTF8 --buffer-size 3").status);
+    EXPECT_EQ(0, qarq("--help").status);
 }
 
-TEST_F(Convert, UsageErrorsExitWithTwo) {
-    for (const char* args : {"convert -t UTF8", "convert -f 37", "convert -f 37 -t UTF8 --bogus",
-                             "convert -f 37 -t UTF8 --buffer-size 3", "convert -f", "frobnicate",
-                             "codesets extra", "decode a b", ""}) {
-        SCOPED_TRACE(args);
-        Result r = qarq(args);
-        EXPECT_EQ(2, r.status);
-        EXPECT_EQ("", r.out);
-        EXPECT_NE(std::string::npos, r.err.find("qarq")) << r.err;
-    }
-    for (const char* args : {"--help", "convert --help", "codesets --help", "decode --help",
-                             "encode --help", "--version"}) {
-        SCOPED_TRACE(args);
-        Result r = qarq(args);
-        EXPECT_EQ(0, r.status);
-        EXPECT_NE(std::string::npos, r.out.find("qarq")) << r.out;
-    }
-}
-
+// BINDIR comes before the tables beside the tool, --codeset-dir before both.
 TEST_F(Convert, CodesetsListsTablesFromEachPlace) {
-    Result r = qarq("codesets");
-    EXPECT_EQ(0, r.status) << r.err;
-    EXPECT_NE(std::string::npos, r.out.find("UTF8     65001  UTF-8"));
-    EXPECT_NE(std::string::npos, r.out.find("37          37  single-byte EBCDIC         CP037\n"));
-    EXPECT_NE(std::string::npos, r.out.find("930        930  EBCDIC mixed with shifts   CP930"));
-    EXPECT_NE(std::string::npos,
-              r.out.find("DEFAULT   1252  single-byte                CP1252  -> 1252"));
-    EXPECT_EQ(r.out, qarq("convert --list").out);
-
-    // BINDIR comes before the tables beside the tool, --codeset-dir before both.
     std::filesystem::create_directories(file("bin/GRV/server/codeset"));
     std::filesystem::copy_file(tables() + "/850", file("bin/GRV/server/codeset/850"));
     Result bindir = shell("BINDIR=bin " + shellQuoted(tool()) + " codesets");
@@ -141,9 +101,6 @@ TEST_F(Convert, CodesetsListsTablesFromEachPlace) {
     EXPECT_EQ(std::string::npos, bindir.out.find("CP037"));
     EXPECT_NE(std::string::npos, bindir.out.find("CP850"));
     // The private BINDIR made for --codeset-dir is gone afterwards.
-    Result option = shell("TMPDIR=. BINDIR=bin " + shellQuoted(tool()) +
-                          " convert --list --codeset-dir " + shellQuoted(tables()));
-    EXPECT_NE(std::string::npos, option.out.find("CP037"));
     Result converted = shell("TMPDIR=. BINDIR=bin " + shellQuoted(tool()) +
                              " convert -f 37 -t 850 --codeset-dir " + shellQuoted(tables()));
     EXPECT_EQ(0, converted.status) << converted.err;
@@ -152,13 +109,11 @@ TEST_F(Convert, CodesetsListsTablesFromEachPlace) {
     }
 }
 
+// The level qarq --version names is the one QARQ_SIMD caps it to.
 TEST_F(Convert, VersionNamesTheVectorLevelThatQarqSimdCaps) {
     Result capped = shell("QARQ_SIMD=scalar " + shellQuoted(tool()) + " --version");
     EXPECT_EQ(0, capped.status);
     EXPECT_NE(std::string::npos, capped.out.find("vector level scalar")) << capped.out;
-    Result free = qarq("--version");
-    EXPECT_NE(std::string::npos, free.out.find(std::string("vector level ") + VornNlsSimdLevel()))
-        << free.out;
 }
 
 TEST_F(Convert, CharactersLongerThanTheChunkStillConvert) {
@@ -176,14 +131,12 @@ TEST_F(Convert, CharactersLongerThanTheChunkStillConvert) {
     std::filesystem::create_directories(file("tables"));
     const auto image = test::buildMbcs(m).bytes();
     writeFile(file("tables/9954"), std::string(image.begin(), image.end()));
-    std::string text;
-    for (int i = 0; i < 20; ++i) text += longCharacter + "ab";
+    std::string text, expected;
+    for (int i = 0; i < 20; ++i) text += longCharacter + "ab", expected += "\xE4\xB8\x80" "ab";
     writeFile(file("long.host"), text);
     Result r = shell("timeout 20 " + shellQuoted(tool()) +
                      " convert --codeset-dir tables -f 9954 -t UTF8 --buffer-size 16 long.host");
     EXPECT_EQ(0, r.status) << r.err;
-    std::string expected;
-    for (int i = 0; i < 20; ++i) expected += "\xE4\xB8\x80" "ab";
     EXPECT_EQ(expected, r.out);
 }
 

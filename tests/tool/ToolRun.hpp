@@ -27,12 +27,7 @@ struct Result {
 /// A scratch directory per test and a way to run the tool and other commands in it.
 class ToolTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        std::string pattern = (std::filesystem::temp_directory_path() / "qarq-tooltest-XXXXXX");
-        ASSERT_NE(nullptr, mkdtemp(pattern.data()));
-        dir_ = pattern;
-    }
-    void TearDown() override { std::filesystem::remove_all(dir_); }
+    void SetUp() override { ASSERT_FALSE(scratch_.path().empty()); }
 
     std::string file(const std::string& name) const { return (dir_ / name).string(); }
 
@@ -60,7 +55,8 @@ class ToolTest : public ::testing::Test {
         return r;
     }
 
-    std::filesystem::path dir_;
+    support::TempDir scratch_{"qarq-tooltest"};
+    std::filesystem::path dir_ = scratch_.path();
 };
 
 }  // namespace qarq::tooltest

@@ -30,26 +30,16 @@ TEST_F(Wire, EveryFixtureSurvivesDecodeAndEncode) {
         expectRoundTrip(readFile(kFixtures + name));
     }
     expectRoundTrip(readFile(QARQ_DATA_DIR "/samples/console-request.bin"));
+    // Forms a peer may send and this library never writes: lengths that
+    // disagree, booleans other than 0 and 1, bytes that need escapes.
+    expectRoundTrip(support::bytes("00 80 00 00 00 05 00 02 61 62 08 00 02"));
+    expectRoundTrip(support::bytes("00 80 00 00 00 06 00 06 FF 00 0A 22 5C C3"));
     // The listing of the sample is the one kept beside it.
     Result listing = qarq("decode " QARQ_DATA_DIR "/samples/console-request.bin");
     Result again = qarq("encode " QARQ_DATA_DIR "/samples/console-request.txt");
     EXPECT_EQ(readFile(QARQ_DATA_DIR "/samples/console-request.bin"), again.out);
     EXPECT_NE(std::string::npos, listing.out.find("   137    string \"Netz München/Süd\"\n"));
     EXPECT_NE(std::string::npos, listing.out.find("   169      string \"router-a\"\n"));
-}
-
-// Peers may send what this library never writes: lengths that disagree,
-// negative lengths, booleans other than 0 and 1, bytes that are no UTF-8.
-TEST_F(Wire, OddButReadableFormsRoundTrip) {
-    expectRoundTrip(support::bytes("00 80 00 00 00 05 00 02 61 62"));  // lengths differ
-    expectRoundTrip(support::bytes("00 80 FF FF FF FF"));              // length -1
-    expectRoundTrip(support::bytes("00 80 00 00 00 03 00 00"));        // short length 0
-    expectRoundTrip(support::bytes("00 01 00 00 00 02 00 07 61 62"));  // class, short differs
-    expectRoundTrip(support::bytes("00 01 FF FF FF FE"));              // class length -2
-    expectRoundTrip(support::bytes("08 00 02 08 00 FF"));              // booleans 2 and 255
-    expectRoundTrip(support::bytes("00 80 00 00 00 06 00 06 FF 00 0A 22 5C C3"));  // escapes
-    expectRoundTrip(support::bytes("01 00 FF FF FF FF 40 00 00 00 00 00 20 00 80 00"));
-    expectRoundTrip(support::bytes("00 20 80 00 00 00 00 00 00 00 00 02 27 00 02 5C"));
 }
 
 // Char and short share a tag: the reading that parses the whole block wins,
@@ -59,8 +49,6 @@ TEST_F(Wire, CharOrShortTakesTheReadingThatParsesTheBlock) {
         writeFile(file("block.bin"), support::bytes(hex));
         return qarq("decode block.bin").out;
     };
-    EXPECT_EQ("     0  short 4660\n", decode("00 02 12 34"));
-    EXPECT_EQ("     0  char 'A'\n", decode("00 02 41"));
     EXPECT_EQ("     0  char 'A'\n     3  int 1\n", decode("00 02 41 00 08 00 00 00 01"));
     // Both readings parse: short first.
     EXPECT_EQ("     0  short 2048\n     4  byte 1\n     7  char 0x00\n",
@@ -94,69 +82,15 @@ TEST_F(Wire, DamageEndsTheListingAtItsOffset) {
     EXPECT_NE(std::string::npos, cut.out.find("    44    int 0\n")) << cut.out;
     EXPECT_EQ(std::string::npos, cut.out.find("    50")) << cut.out;
 
-    writeFile(file("tag.bin"), support::bytes("00 08 00 00 00 01 00 03 00"));
-    Result tag = qarq("decode tag.bin");
-    EXPECT_EQ(1, tag.status);
+    Result tag = qarq("decode --hex", "00 08 00 00 00 01\n00 03 00");
     EXPECT_EQ("     0  int 1\n", tag.out);
-    EXPECT_EQ("qarq decode: tag.bin: offset 6: bad tag 0x0003\n", tag.err);
-
-    Result zero = qarq("decode", support::bytes("00 00"));
-    EXPECT_EQ("qarq decode: standard input: offset 0: bad tag 0x0000\n", zero.err);
-    Result element = qarq("decode", support::bytes("01 00 00 00 00 02 00 80 00 00 00 00 00 08"));
-    EXPECT_EQ(1, element.status);
-    EXPECT_NE(std::string::npos,
-              element.err.find("offset 12: string array element is not a string"));
-    Result vector = qarq("decode", support::bytes("40 00 00 00 00 01 00 08 00 00 00 01"));
-    EXPECT_NE(std::string::npos, vector.err.find("offset 6: vector element is not an object"));
+    EXPECT_EQ("qarq decode: standard input: offset 6: bad tag 0x0003\n", tag.err);
+    // A length beyond the data is reported, not allocated.
     Result huge = qarq("decode", support::bytes("04 00 7F FF FF FF 00"));
     EXPECT_EQ(
         "qarq decode: standard input: offset 0: truncated byte array (needs 2147483653 "
         "bytes, 7 left)\n",
         huge.err);
-    Result negative = qarq("decode", support::bytes("00 80 00 00 00 01 FF FF"));
-    EXPECT_NE(std::string::npos, negative.err.find("offset 0: negative string length -1"));
-
-    Result missing = qarq("decode nothing.bin");
-    EXPECT_EQ(1, missing.status);
-    EXPECT_EQ("qarq decode: nothing.bin: No such file or directory\n", missing.err);
-}
-
-TEST_F(Wire, HexInput) {
-    Result ok = qarq("decode --hex", "00 08 00 00\n00 2a\n");
-    EXPECT_EQ(0, ok.status) << ok.err;
-    EXPECT_EQ("     0  int 42\n", ok.out);
-    Result bad = qarq("decode --hex", "00 08\n00 0x 00 2a\n");
-    EXPECT_EQ(1, bad.status);
-    EXPECT_EQ("qarq decode: standard input: line 2, column 5: bad hex digit 'x'\n", bad.err);
-    Result odd = qarq("decode --hex", "00 0");
-    EXPECT_EQ("qarq decode: standard input: odd number of hex digits\n", odd.err);
-}
-
-TEST_F(Wire, EncodeNamesTheBadLine) {
-    const struct {
-        const char* text;
-        const char* error;
-    } cases[] = {
-        {"int 1\nfoo 2\n", "listing.txt:2: unknown type 'foo'"},
-        {"# note\n\nint 4294967296\n", "listing.txt:3: number out of range: 4294967296"},
-        {"byte x\n", "listing.txt:1: bad number 'x'"},
-        {"string \"abc\n", "listing.txt:1: missing closing quote"},
-        {"string \"a\\q\"\n", "listing.txt:1: unknown escape \\q"},
-        {"bytes 2 AB\n", "listing.txt:1: bytes 2 needs 4 hex digits, not 2"},
-        {"bytes 1 ZZ\n", "listing.txt:1: bad hex digit in 'ZZ'"},
-        {"int 1 2\n", "listing.txt:1: unexpected '2' after the value"},
-        {"string \"x\" length=-1\n", "listing.txt:1: length=-1 leaves no room for the text"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text);
-        writeFile(file("listing.txt"), c.text);
-        Result r = qarq("encode listing.txt -o out.bin");
-        EXPECT_EQ(1, r.status);
-        EXPECT_EQ(std::string("qarq encode: ") + c.error + "\n", r.err);
-    }
-    Result missing = qarq("encode gone.txt");
-    EXPECT_EQ("qarq encode: gone.txt: No such file or directory\n", missing.err);
-    EXPECT_EQ(1, missing.status);
 }
 
 }  // namespace

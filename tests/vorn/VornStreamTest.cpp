@@ -10,7 +10,6 @@
 #include "qarq/vorn/VornJavaWrite.hpp"
 #include "support/StreamBytes.hpp"
 #include "support/TestSupport.hpp"
-#include "vorn/VornTrace.hpp"
 
 namespace {
 
@@ -68,15 +67,12 @@ TEST(VornStream, EveryPrimitiveRoundTrips) {
     w.writeLength(-1);
     w.writeShortLength(-300);
 
-    Bytes bytes = written(w);
-    // Spot checks of the wire form.
-    EXPECT_EQ(Bytes(bytes.begin(), bytes.begin() + 3), (Bytes{0x02, 0x00, 0x80}));
-    const Bytes minus2 = {0x00, 0x20, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE};
-    const Bytes big = {0x00, 0x20, 0x00, 0x00, 0x00, 0x00, 0x80, 0x00, 0x00, 0x00};
-    EXPECT_EQ(Bytes(bytes.begin() + 20, bytes.begin() + 30), minus2);
-    EXPECT_EQ(Bytes(bytes.begin() + 30, bytes.begin() + 40), big);
-
-    Reader s(str(bytes));
+    // The whole wire form once: each tag, big-endian payloads, a boolean as 0 or 1.
+    EXPECT_EQ(qarq::support::hex(str(written(w))),
+              "02 00 80 00 02 63 00 02 FF FE 00 02 7F FF 00 08 80 00 00 00 "
+              "00 20 FF FF FF FF FF FF FF FE 00 20 00 00 00 00 80 00 00 00 "
+              "00 20 80 00 00 00 00 00 00 00 08 00 01 08 00 00 BE EF FF FF FF FF FE D4");
+    Reader s(str(written(w)));
     VornJavaRead& r = s.in;
     EXPECT_EQ(r.readByte(), '\x80');
     EXPECT_EQ(r.readChar(), 'c');
@@ -111,12 +107,9 @@ TEST(VornStream, ReadsAcrossTheSlowPathAndPeerBytes) {
         r.readInt();
         FAIL() << "a short stream must not be read past its end";
     } catch (VornExcBase& e) {
-        EXPECT_STREQ(e.name(), "VornExcBase");
         EXPECT_EQ(e.errorId(), 14u);
         ASSERT_EQ(e.textCount(), 3u);
         EXPECT_STREQ(e.text(2), "Buffer overrun exception...get/put past end of buffer");
-        EXPECT_STREQ(e.text(1), "VornJavaRead");
-        EXPECT_EQ(std::string(e.text(0)).rfind("VornJavaRead[VornBuffer[this=0x", 0), 0u);
     }
     EXPECT_EQ(r.getBuffer(), block);
     EXPECT_EQ(r.getLength(), 14u);
@@ -126,9 +119,7 @@ TEST(VornStream, ReadsAcrossTheSlowPathAndPeerBytes) {
     auto errors = records.ofKind(HESK_RECORD_ERROR);
     ASSERT_EQ(errors.size(), 2u);
     EXPECT_EQ(errors[0].function, "VornJavaRead::readInt");
-    uint32_t wanted;
-    std::memcpy(&wanted, errors[0].pairs.at(0).data(), 4);
-    EXPECT_EQ(wanted, 4u);
+    EXPECT_EQ(errors[0].pairAsU32(0), 4u);
     EXPECT_EQ(errors[1].pairs.at(0), "Id: 14, Rec?: 1, Exc: VornBufferExcOverrun\n");
     char out[4];
     EXPECT_THROW(r.getBytes(out, 3), VornExcBase);
@@ -148,64 +139,22 @@ TEST(VornStream, WrongTagFailsAfterItsRecord) {
         FAIL();
     } catch (VornExcBase& e) {
         EXPECT_EQ(e.errorId(), 8u);
-        EXPECT_TRUE(e.isRecoverable());
         ASSERT_EQ(e.textCount(), 3u);
         EXPECT_STREQ(e.text(2), "Invalid Java serialization TYPE...Read: 8, Expected: 32 or 0");
-        EXPECT_STREQ(e.locationAtIndex(0)->functionName(), "VornJavaRead::assertTypeRead");
     }
     EXPECT_EQ(r.calculateUsedLength(), 2u);  // not rewound: past the tag
 
+    // First the detecting code's own record with the three tags, then the
+    // family's record naming the class.
     auto errors = records.ofKind(HESK_RECORD_ERROR);
     ASSERT_EQ(errors.size(), 2u);
-    // First the detecting code's own record with the three tags...
-    EXPECT_EQ(errors[0].function, "VornJavaRead::assertTypeRead");
-    ASSERT_EQ(errors[0].pairs.size(), 3u);
-    uint16_t values[3];
-    for (int i = 0; i < 3; ++i) {
-        ASSERT_EQ(errors[0].pairs[i].size(), 2u);
-        std::memcpy(&values[i], errors[0].pairs[i].data(), 2);
-    }
-    EXPECT_EQ(values[0], 8);
-    EXPECT_EQ(values[1], 32);
-    EXPECT_EQ(values[2], 0);
-    // ...then the family's record naming the class.
-    EXPECT_EQ(errors[1].function, "logAnExc");
+    EXPECT_EQ(errors[0].pairs,
+              (std::vector<std::string>{std::string("\x08\0", 2), std::string("\x20\0", 2),
+                                        std::string("\0\0", 2)}));
     EXPECT_EQ(errors[1].pairs[0], "Id: 8, Rec?: 1, Exc: VornJavaExcReadBadType\n");
 
-    try {
-        r.assertTypeRead(0, 0, 0);
-        FAIL() << "a zero tag never passes";
-    } catch (VornExcBase& e) {
-        EXPECT_STREQ(e.text(2), "Invalid Java serialization TYPE...Read: 0, Expected: 0 or 0");
-    }
+    EXPECT_THROW(r.assertTypeRead(0, 0, 0), VornExcBase);  // a zero tag never passes
     EXPECT_NO_THROW(r.assertTypeRead(0x2000, 0x0001, 0x2000));
-    EXPECT_THROW(r.assertTypeRead(0x0002, 0x0001, 0x2000), VornExcBase);
-}
-
-TEST(VornStream, TracePointsFireOnlyBehindTheGate) {
-    qarq::support::Records records;
-    TraceControl*& control = qarq::vorn::traceControl();
-    TraceControl* saved = control;
-    TraceControl on = {HESK_MASK_ENTRY | HESK_MASK_EXIT, 3};
-    Writer w;
-    control = &on;
-    w.writeInt(42);
-    Reader s(str(written(w)));
-    int value = s.in.readInt();
-    control = saved;
-    w.writeInt(43);
-    EXPECT_EQ(value, 42);
-
-    auto traces = records.ofKind(HESK_RECORD_TRACE);
-    ASSERT_GE(traces.size(), 4u);
-    EXPECT_EQ(traces[0].function, "VornJavaWrite::writeInt");
-    EXPECT_EQ(traces[0].traceKind, HESK_TRACE_ENTRY);
-    // The read ends the records, its exit with the value read; the write
-    // after the gate closed left none.
-    const auto& exit = traces.back();
-    EXPECT_EQ(exit.function, "VornJavaRead::readInt");
-    EXPECT_EQ(exit.traceKind, HESK_TRACE_EXIT);
-    EXPECT_EQ(exit.pairAsU32(0), 42u);
 }
 
 }  // namespace

@@ -110,13 +110,14 @@ protected:
 
 TEST_F(JavaPeer, SelfTestOfTheWireExamples) { peer("selftest"); }
 
+// One round trip each way: the peer checks our request field by field and
+// against its own writing of it; we read its response.
 TEST_F(JavaPeer, RequestThereResponseWithExceptionBack) {
     EchoRequest request;
     fill(request);
     Writer w;
     request.writeObject(w.out, request);
     qarq::support::writeFile(file("request.bin"), w.bytes());
-    // The peer checks every field, and the bytes against its own writing.
     peer("respond " + shellQuoted(file("request.bin")) + " " + shellQuoted(file("response.bin")));
 
     Reader r(readFile(file("response.bin")));
@@ -128,8 +129,6 @@ TEST_F(JavaPeer, RequestThereResponseWithExceptionBack) {
     EXPECT_EQ(r.in.getLength(), r.used());
     EXPECT_EQ(IString(kTHost), response.getSHost());
     EXPECT_EQ(IString(kSHost), response.getTHost());
-    EXPECT_EQ(2, response.kind());
-    EXPECT_EQ(kClient, response.clientId());
     EXPECT_EQ(kCorrelator, response.getCorrelator());
     EXPECT_EQ(4711, response.getPosReasonCode());
     ASSERT_EQ(exception, response.getException());
@@ -142,17 +141,6 @@ TEST_F(JavaPeer, RequestThereResponseWithExceptionBack) {
     const char reversed[] = {'\xFF', '\x80', 0x7F, 1, 0};
     EXPECT_EQ(std::string(reversed, sizeof reversed),
               std::string(response.reversed.getBytes(), response.reversed.getLength()));
-}
-
-// The peer's request is byte for byte ours; our reading of our own bytes is
-// checked by the message and value tests.
-TEST_F(JavaPeer, PeersRequestIsWrittenAsOurs) {
-    peer("request " + shellQuoted(file("request.bin")));
-    EchoRequest mine;
-    fill(mine);
-    Writer w;
-    mine.writeObject(w.out, mine);
-    EXPECT_EQ(w.hex(), qarq::support::hex(readFile(file("request.bin"))));
 }
 
 }  // namespace
