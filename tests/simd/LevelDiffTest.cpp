@@ -71,7 +71,8 @@ char widestByte(const VornNlsCodeSet* cs) {
         const char in = char(b);
         char out[8];
         unsigned n = qarq::test::ref::convert(cs, &in, 1, out, sizeof out, true);
-        if (n > widest) widest = n, best = b;
+        if (n > widest)
+            widest = n, best = b;
     }
     return char(best);
 }
@@ -130,28 +131,10 @@ std::string utf8Text(std::mt19937& rng, size_t n) {
     return s;
 }
 
-std::string hex(const std::string& s) {
-    static const char digits[] = "0123456789ABCDEF";
-    std::string h;
-    for (unsigned char c : s)
-        h += digits[c >> 4], h += digits[c & 15], h += ' ';
-    return h;
-}
-
-// Runs the engine and the reference into targets of `room` bytes followed by
-// guard bytes; the counts and all bytes, guard included, must agree.
-::testing::AssertionResult same(const VornNlsCodeSet* cs, const std::string& in, bool toUtf8,
-                                unsigned room) {
-    std::vector<char> got(room + 8, '\xAA'), want(room + 8, '\xAA');
-    unsigned n = toUtf8 ? vornnls3_tis_to_utf8(cs, in.data(), int(in.size()), got.data(), room)
-                        : vornnls3_tis_from_utf8(cs, in.data(), int(in.size()), got.data(), room);
-    unsigned m = qarq::test::ref::convert(cs, in.data(), int(in.size()), want.data(), room, toUtf8);
-    if (n == m && got == want)
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure()
-           << (toUtf8 ? "to" : "from") << " UTF-8, room " << room << ": count " << n << " against "
-           << m << "\n input " << hex(in) << "\n got  " << hex(std::string(got.begin(), got.end()))
-           << "\n want " << hex(std::string(want.begin(), want.end()));
+unsigned engine(const VornNlsCodeSet* cs, const char* in, size_t n, char* out, unsigned room,
+                bool toUtf8) {
+    return toUtf8 ? vornnls3_tis_to_utf8(cs, in, int(n), out, room)
+                  : vornnls3_tis_from_utf8(cs, in, int(n), out, room);
 }
 
 // Uses one level for the life of the object, then the level of before.
@@ -204,37 +187,37 @@ TEST_P(Levels, EveryEngineMatchesTheReferenceOnRandomInput) {
             in.resize(n == 0 ? 0 : rng() % (n + 1));
             unsigned room = rng() % 4 == 0 ? unsigned(3 * in.size() + 1)
                                            : unsigned(rng() % (3 * in.size() + 2));
-            ASSERT_TRUE(same(t.record.get(), in, toUtf8, room)) << "iteration " << i;
+            // Targets of `room` bytes and guard bytes behind: counts and all
+            // bytes, guard included, must agree.
+            std::string got(room + 8, '\xAA'), want = got;
+            unsigned count = engine(t.record.get(), in.data(), in.size(), &got[0], room, toUtf8);
+            unsigned m = qarq::test::ref::convert(t.record.get(), in.data(), int(in.size()),
+                                                  &want[0], room, toUtf8);
+            ASSERT_EQ(count, m) << (toUtf8 ? "to" : "from") << " UTF-8, room " << room
+                                << ", iteration " << i << ", input "
+                                << ::testing::PrintToString(in);
+            ASSERT_EQ(got, want) << "iteration " << i;
         }
     }
 }
 
-// A block of pages whose last page is unmapped: what ends at end() ends at
-// the edge of the mapping.
-class GuardedPages {
-  public:
-    explicit GuardedPages(size_t bytes) {
-        page_ = size_t(sysconf(_SC_PAGESIZE));
-        size_ = (bytes + page_ - 1) / page_ * page_ + page_;
-        void* p = mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        base_ = p == MAP_FAILED ? nullptr : static_cast<char*>(p);
-        if (base_ != nullptr && mprotect(base_ + size_ - page_, page_, PROT_NONE) != 0) {
-            munmap(base_, size_);
-            base_ = nullptr;
-        }
-    }
+// A block of pages whose last page is made inaccessible by guard(): what
+// ends at end() ends at the edge of the mapping.
+struct GuardedPages {
+    explicit GuardedPages(size_t bytes)
+        : size((bytes + page - 1) / page * page + page),
+          base(static_cast<char*>(
+              mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {}
     ~GuardedPages() {
-        if (base_ != nullptr)
-            munmap(base_, size_);
+        if (base != MAP_FAILED)
+            munmap(base, size);
     }
-    GuardedPages(const GuardedPages&) = delete;
-    GuardedPages& operator=(const GuardedPages&) = delete;
-    bool ok() const { return base_ != nullptr; }
-    char* end() const { return base_ + size_ - page_; }
+    bool guard() const { return base != MAP_FAILED && mprotect(end(), page, PROT_NONE) == 0; }
+    char* end() const { return base + size - page; }
 
-  private:
-    char* base_;
-    size_t page_, size_;
+    const size_t page = size_t(sysconf(_SC_PAGESIZE));
+    const size_t size;
+    char* const base;
 };
 
 // Sources of every length up to a few vector steps end exactly at an
@@ -244,7 +227,7 @@ class GuardedPages {
 TEST_P(Levels, NoKernelReadsPastTheSourceOrWritesPastTheTarget) {
     const size_t kMax = 300;
     GuardedPages source(kMax), target(3 * kMax + 1);
-    ASSERT_TRUE(source.ok() && target.ok());
+    ASSERT_TRUE(source.guard() && target.guard());
     std::mt19937 rng(99);
     for (const Table& t : tables()) {
         SCOPED_TRACE(t.name);
@@ -259,8 +242,7 @@ TEST_P(Levels, NoKernelReadsPastTheSourceOrWritesPastTheTarget) {
                                                       unsigned(want.size()), toUtf8);
                 for (unsigned room : {m, unsigned(3 * n + 1)}) {
                     char* out = target.end() - room;
-                    unsigned got = toUtf8 ? vornnls3_tis_to_utf8(cs, in, int(n), out, room)
-                                          : vornnls3_tis_from_utf8(cs, in, int(n), out, room);
+                    unsigned got = engine(cs, in, n, out, room, toUtf8);
                     ASSERT_EQ(got, m) << (toUtf8 ? "to" : "from") << " UTF-8, length " << n;
                     ASSERT_EQ(std::string(out, got), std::string(want.data(), m));
                 }
@@ -277,21 +259,12 @@ INSTANTIATE_TEST_SUITE_P(Simd, Levels,
                          });
 
 TEST(SimdLevel, QarqSimdCapsTheLevelAndNoLevelBeyondTheProcessorIsChosen) {
-    {
-        qarq::support::ScopedEnv env("QARQ_SIMD", "scalar");
-        EXPECT_EQ(nls::simdCapFromEnvironment(), SimdLevel::scalar);
-    }
-    {
-        qarq::support::ScopedEnv env("QARQ_SIMD", "avx2");
-        EXPECT_EQ(nls::simdCapFromEnvironment(), SimdLevel::avx2);
-    }
-    for (const char* none : {"", "AVX2", "neon"}) {
-        qarq::support::ScopedEnv env("QARQ_SIMD", none);
-        EXPECT_EQ(nls::simdCapFromEnvironment(), SimdLevel::avx512) << none;
-    }
-    {
-        qarq::support::ScopedEnv env("QARQ_SIMD", nullptr);
-        EXPECT_EQ(nls::simdCapFromEnvironment(), SimdLevel::avx512);
+    const std::pair<const char*, SimdLevel> cases[] = {
+        {"scalar", SimdLevel::scalar}, {"avx2", SimdLevel::avx2},   {"", SimdLevel::avx512},
+        {"AVX2", SimdLevel::avx512},   {"neon", SimdLevel::avx512}, {nullptr, SimdLevel::avx512}};
+    for (const auto& [value, cap] : cases) {
+        qarq::support::ScopedEnv env("QARQ_SIMD", value);
+        EXPECT_EQ(nls::simdCapFromEnvironment(), cap) << (value ? value : "unset");
     }
     ScopedLevel top(SimdLevel::avx512);
     EXPECT_EQ(top.used(), nls::cpuLevel());
