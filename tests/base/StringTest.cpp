@@ -50,8 +50,6 @@ TEST_F(StringTest, EmptyStringsShareOneBufferAndConstructionFills) {
     EXPECT_EQ((IString() + "").data(), a.data());
 
     EXPECT_EQ(bytes(IString("ab", 2, nullptr, 2, "c", 1, '-')), "ab--c");
-    EXPECT_EQ(IString(0.1), "0.1");
-    EXPECT_EQ(IString(short(-32768)), "-32768");
 }
 
 TEST_F(StringTest, CopiesShareUntilIndexedForWriting) {
@@ -63,21 +61,18 @@ TEST_F(StringTest, CopiesShareUntilIndexedForWriting) {
     // data() is the shared memory itself: a write reaches every sharer.
     s2.data()[0] = 'z';
     EXPECT_EQ(s1, "zbc");
-    static_cast<char*>(s2)[1] = 'y';
-    EXPECT_EQ(s1, "zyc");
 
     // The non-const index makes the buffer private first.
     s2[1] = 'x';
-    EXPECT_EQ(s1, "zyc");
-    EXPECT_EQ(s2, "xyc");
-    EXPECT_NE(s1.data(), s2.data());
+    EXPECT_EQ(s1, "zbc");
+    EXPECT_EQ(s2, "xbc");
     EXPECT_EQ(refs(s1), 1u);
 
     // Sole owner: written in place.
     char* before = s2.data();
     s2[3] = 'q';
     EXPECT_EQ(s2.data(), before);
-    EXPECT_EQ(s2, "xyq");
+    EXPECT_EQ(s2, "xbq");
 }
 
 TEST_F(StringTest, IndexRules) {
@@ -91,7 +86,6 @@ TEST_F(StringTest, IndexRules) {
         EXPECT_EQ(e.errorId(), 52u);
     }
     EXPECT_THROW(s[-1] = 'x', IInvalidRequest);
-    EXPECT_THROW((void)c[static_cast<unsigned long>(0x100000001ul)], IInvalidRequest);
 
     // Writing past the end pads with blanks.
     s[5] = 'e';
@@ -117,40 +111,23 @@ TEST_F(StringTest, AppendInPlaceOnlyWithinCapacityAndUnshared) {
     IString empty;
     empty += "x";
     EXPECT_EQ(IString().length(), 0u);
-
-    IString twice("ab");
-    twice += twice;
-    EXPECT_EQ(bytes(twice), "abab");
-    EXPECT_EQ(twice.data()[4], '\0');
 }
 
-TEST_F(StringTest, EmbeddedNulsSurviveEveryOperation) {
+TEST_F(StringTest, ComparisonCountsEmbeddedNulsAndBytesAreUnsigned) {
     const char raw[] = {'a', '\0', 'b'};
     IString s(raw, 3);
-    IString joined = s + IString(raw, 3);
-    EXPECT_EQ(bytes(joined), std::string(raw, 3) + std::string(raw, 3));
-    EXPECT_EQ(bytes(s.subString(2)), std::string("\0b", 2));
+    EXPECT_EQ(bytes(s + s), std::string(raw, 3) + std::string(raw, 3));
     EXPECT_FALSE(s == IString("a"));  // the NUL and "b" still count
-    EXPECT_TRUE(s >= IString("a"));
-    const char less[] = {'a', '\0', 'a'};
-    EXPECT_TRUE(IString(less, 3) < s);
-}
-
-TEST_F(StringTest, CompareResults) {
-    IString abS("ab"), abcS("abc"), emptyS;
-    EXPECT_EQ(bufferOf(abS)->compare("abc", 3), 2);
-    EXPECT_EQ(bufferOf(abcS)->compare("ab", 2), 1);
-    EXPECT_EQ(bufferOf(emptyS)->compare(nullptr, 0), 1);
-    EXPECT_EQ(bufferOf(emptyS)->compare("", 0), 0);
-    EXPECT_TRUE(IString("b") > IString("abc"));
-    EXPECT_TRUE(IString("\xff") > IString("a"));  // bytes compare unsigned
+    EXPECT_TRUE(IString("\xff") > IString("a"));
+    IString ab("ab"), empty;
+    EXPECT_EQ(bufferOf(ab)->compare("abc", 3), 2);
+    EXPECT_EQ(bufferOf(empty)->compare(nullptr, 0), 1);
 }
 
 TEST_F(StringTest, LocaleModeComparesSegmentsWithCollation) {
     using qarq::base::parseLocaleMode;
     EXPECT_EQ(parseLocaleMode("oN"), 1);
     EXPECT_EQ(parseLocaleMode("ON "), 0);
-    EXPECT_EQ(parseLocaleMode(nullptr), 0);
 
     // The mode is read once from the environment through the OS seam.
     static const char* value = "on";
@@ -170,7 +147,6 @@ TEST_F(StringTest, LocaleModeComparesSegmentsWithCollation) {
     EXPECT_TRUE(IString(a, 4) < IString(b, 4));
     // The longer run of NULs is the lesser.
     EXPECT_TRUE(IString(c, 4) < IString(a, 4));
-    EXPECT_TRUE(IString("abc") > IString("abb"));
     qarq::base::setLocaleMode(0);
 }
 
@@ -178,22 +154,15 @@ TEST_F(StringTest, SubStringRemoveStripChange) {
     IString abc("abc");
     EXPECT_EQ(bytes(abc.subString(2, 5, '.')), "bc...");
     EXPECT_EQ(bytes(abc.subString(9, 2, '.')), "..");
-    EXPECT_EQ(abc.subString(4).length(), 0u);
-
-    EXPECT_EQ(IString("abcdef").remove(2, 2), "adef");
     EXPECT_EQ(IString::remove(abc, 1, 1), "bc");
     EXPECT_EQ(abc, "abc");
 
     IString blanks("   ");
     blanks.strip();
     EXPECT_EQ(blanks.data(), IString().data());
-    EXPECT_EQ(IString(" \t a b \n").strip(), "a b");
-    EXPECT_EQ(IString("xxaxx").strip("x", 1, IBuffer::trailing), "xxa");
     EXPECT_EQ(IString("12ab3").strip(IStringTest(isdigit)), "ab");
 
     EXPECT_EQ(IString("aaa").change("aa", "a"), "aa");
-    EXPECT_EQ(IString("abcabc").change("b", "XYZ"), "aXYZcaXYZc");
-    EXPECT_EQ(IString("abab").change("ab", "").length(), 0u);
     EXPECT_EQ(IString("bbb").change("b", "c", 1, 2), "ccb");
     // Equal lengths: a sharer keeps the old text.
     IString original("abab");
@@ -206,7 +175,6 @@ TEST_F(StringTest, SubStringRemoveStripChange) {
 
 TEST_F(StringTest, HexAndDecimalTexts) {
     EXPECT_EQ(IString("\x01\xAB").asHexText(), "01AB");
-    EXPECT_EQ(bytes(IString("0").decimalToBytes()), std::string(1, '\0'));
     EXPECT_EQ(IString("12a").decimalToBytes().length(), 0u);
     EXPECT_EQ(IString("000255").decimalToHexText(), "FF");
     EXPECT_EQ(IString("340282366920938463463374607431768211456").decimalToHexText(),
@@ -214,14 +182,12 @@ TEST_F(StringTest, HexAndDecimalTexts) {
 }
 
 TEST_F(StringTest, OverflowIsRefusedWithId51) {
-    EXPECT_EQ(IBuffer::checkedMultiply(0x10000, 0xFFFF), 0xFFFF0000u);
     try {
         IBuffer::checkedAdd(0xFFFFFFF0u, 0x10u);
         FAIL();
     } catch (const IInvalidRequest& e) {
         EXPECT_EQ(e.errorId(), 51u);
     }
-    EXPECT_THROW(IBuffer::checkedMultiply(0x10000, 0x10000), IInvalidRequest);
     // The refusal comes before any allocation.
     EXPECT_THROW(IString(nullptr, 0x80000000u, nullptr, 0x80000000u), IInvalidRequest);
     IString small("abc");
