@@ -86,9 +86,6 @@ TEST(WireString, WrongTagLeavesTheTargetAlone) {
     VornJavaString text("kept");
     EXPECT_THROW(r.in.readString(text), VornExcBase);
     EXPECT_EQ(IString("kept"), text);
-
-    Reader c(bytes("00 02 00 00"));
-    EXPECT_THROW(c.in.readClass(), VornExcBase);
 }
 
 TEST(WireString, LongestTextAPeerCanTakeAndOneByteMore) {
@@ -170,18 +167,13 @@ TEST(WireByteArray, ArrayWithoutMemorySkipsItsBytes) {
     EXPECT_EQ(7, r.in.readInt());
 }
 
-TEST(WireByteArray, CopyAppendAndFill) {
+TEST(WireByteArray, CopiesOwnTheirBytesAndAFailedAppendKeepsThem) {
     VornJavaByteArray a;
     a.appendBytes("xy", 2);  // on an empty array, as copyBytes
     a.appendBytes("z", 1);
     VornJavaByteArray copy(a);
     a.fill('q');
     EXPECT_EQ("xyz", std::string(copy.getBytes(), copy.getLength()));
-    EXPECT_EQ("qqq", std::string(a.getBytes(), a.getLength()));
-    copy = a;
-    EXPECT_NE(a.getBytes(), copy.getBytes());
-
-    // A failed append keeps what was there.
     {
         qarq::os::ScopedOsCall noMemory(&qarq::os::Calls::malloc,
                                         +[](size_t) -> void* { return nullptr; });
