@@ -14,17 +14,22 @@ namespace {
 constexpr int kCount = 1000000;
 constexpr unsigned kBytes = kCount * 6;
 
+// The ints through `writer`, then read back; the sum keeps the reads.
+int64_t writeThenRead(VornJavaWrite& writer) {
+    for (int i = 0; i < kCount; ++i)
+        writer.writeInt(i);
+    VornJavaRead reader(writer.getBuffer(), writer.calculateUsedLength());
+    int64_t sum = 0;
+    for (int i = 0; i < kCount; ++i)
+        sum += reader.readInt();
+    return sum;
+}
+
 void StreamWriteReadInts(benchmark::State& state) {
     char* block = new char[kBytes];
     for (auto _ : state) {
         VornJavaWrite writer(block, kBytes);
-        for (int i = 0; i < kCount; ++i)
-            writer.writeInt(i);
-        VornJavaRead reader(writer.getBuffer(), writer.calculateUsedLength());
-        int64_t sum = 0;
-        for (int i = 0; i < kCount; ++i)
-            sum += reader.readInt();
-        benchmark::DoNotOptimize(sum);
+        benchmark::DoNotOptimize(writeThenRead(writer));
         block = writer.getBuffer();
     }
     delete[] block;
@@ -66,13 +71,7 @@ BENCHMARK(HandWrittenWriteReadInts)->Unit(benchmark::kMillisecond);
 void StreamWriteReadIntsGrowing(benchmark::State& state) {
     for (auto _ : state) {
         VornJavaWrite writer;
-        for (int i = 0; i < kCount; ++i)
-            writer.writeInt(i);
-        VornJavaRead reader(writer.getBuffer(), writer.calculateUsedLength());
-        int64_t sum = 0;
-        for (int i = 0; i < kCount; ++i)
-            sum += reader.readInt();
-        benchmark::DoNotOptimize(sum);
+        benchmark::DoNotOptimize(writeThenRead(writer));
         delete[] writer.getBuffer();
     }
 }
